@@ -1,0 +1,19 @@
+#include "Frontend/StartUp.h"
+
+#include "settings/EnvironmentLoad.h"
+#include "settings/MachineLoad.h"
+
+namespace kestrova {
+
+int LoadAtStartUp(Session& session) {
+    try {
+        LoadEnvironment(session);
+        LoadMachine(session, session.settings.MachineNumber, session.settings.CurrentDir);
+    } catch (const SystemError& error) {
+        session.messages.ShowError(error.text());
+        return 1;
+    }
+    return 0;
+}
+
+} // namespace kestrova

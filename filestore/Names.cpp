@@ -1,0 +1,57 @@
+#include "filestore/Names.h"
+
+#include "settings/SettingsLine.h"
+
+namespace kestrova {
+
+QString PathJoin(const GlobalSettings& g, const QString& machineDir, const QString& name) {
+    const QString sub = name.trimmed();
+    if (HasColon(sub))
+        return sub.left(2) + u'\\';
+    return g.RootPath + machineDir.trimmed() + u'\\' + sub + u'\\';
+}
+
+bool DriveExists(const FileSystem& files, const QString& name) {
+    const QString drive = name.trimmed();
+    if (drive.isEmpty())
+        return false;
+    return files.DriveReady(drive.at(0));
+}
+
+QString StripExtension(const QString& name) {
+    const QString trimmed = name.trimmed();
+    const qsizetype dot = trimmed.lastIndexOf(u'.');
+    if (trimmed.isEmpty() || dot < 0)
+        return trimmed;
+    return trimmed.left(dot).trimmed();
+}
+
+QString GetExtension(const QString& name) {
+    const QString trimmed = name.trimmed();
+    const qsizetype len = trimmed.size();
+    if (len < 2 || !trimmed.contains(u'.'))
+        return {};
+    // Positions counted from 1: Len down to max(Len - 3, 2).
+    for (qsizetype pos = len; pos >= qMax<qsizetype>(len - 3, 2); --pos) {
+        if (trimmed.at(pos - 1) == u'.')
+            return trimmed.mid(pos);
+    }
+    return {};
+}
+
+QString LastComponent(const QString& path) {
+    const QString trimmed = path.trimmed();
+    qsizetype cut = -1;
+    for (qsizetype i = trimmed.size() - 1; i >= 0; --i) {
+        const QChar c = trimmed.at(i);
+        if (c == u'/' || c == u'\\' || c == u':') {
+            cut = i;
+            break;
+        }
+    }
+    return trimmed.mid(cut + 1);
+}
+
+QString NumberText(long long number) { return QString::number(number); }
+
+} // namespace kestrova

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Frontend/GlobalSettings.h"
+#include "platform/FileSystem.h"
+
+#include <QString>
+
+namespace kestrova {
+
+// The full path of a data directory, ending in "\": `RootPath` + machine directory + "\" +
+// name + "\"; a name holding a colon names a drive, whose root is returned ("A:" gives "A:\").
+[[nodiscard]] QString PathJoin(const GlobalSettings& g, const QString& machineDir, const QString& name);
+
+// False for an empty name and for a drive that is not mapped or not ready.
+[[nodiscard]] bool DriveExists(const FileSystem& files, const QString& name);
+
+// Everything before the last "." ("a.b.drw" gives "a.b"), trimmed; a name without "." as it is.
+[[nodiscard]] QString StripExtension(const QString& name);
+
+// The extension after the last "." among the last three characters, never the first one:
+// "part.lkp" gives "lkp", "a.b" gives "b", but "page.html" and ".x" give "". Callers rely on
+// this three-character window.
+[[nodiscard]] QString GetExtension(const QString& name);
+
+// The characters after the last "/", "\" or ":"; the whole path when there is none.
+[[nodiscard]] QString LastComponent(const QString& path);
+
+// A number as text, without the blank in front of positive numbers.
+[[nodiscard]] QString NumberText(long long number);
+
+} // namespace kestrova

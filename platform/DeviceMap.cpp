@@ -1,0 +1,124 @@
+#include "platform/DeviceMap.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
+
+#include <cstdio>
+
+namespace kestrova {
+
+namespace {
+
+QString CleanHostRoot(const QString& hostPath, const QString& baseHostDir) {
+    const QString absolute = QDir::isAbsolutePath(hostPath) ? hostPath : QDir(baseHostDir).filePath(hostPath);
+    return QDir::cleanPath(absolute);
+}
+
+} // namespace
+
+DeviceMap::DeviceMap() {
+#ifdef _WIN32
+    for (char c = 'A'; c <= 'Z'; ++c)
+        m_drives.insert(QChar(c), DriveMapping{QChar(c), DriveKind::Fixed, QStringLiteral("%1:/").arg(QChar(c))});
+#else
+    m_drives.insert(QChar('Z'), DriveMapping{QChar('Z'), DriveKind::Fixed, QStringLiteral("/")});
+#endif
+}
+
+DeviceMap DeviceMap::Load(const QString& startHostDir) {
+    const QDir dir(startHostDir);
+    QString file = dir.filePath(QStringLiteral("Devices.cfg"));
+    if (!QFileInfo::exists(file)) {
+        const QStringList found = dir.entryList({QStringLiteral("devices.cfg")}, QDir::Files, QDir::Name);
+        if (found.isEmpty())
+            return DeviceMap();
+        file = dir.filePath(found.first());
+    }
+    QFile f(file);
+    if (!f.open(QIODevice::ReadOnly)) {
+        DeviceMap map;
+        map.m_warnings << QStringLiteral("%1: cannot be read (%2); using the default devices").arg(file, f.errorString());
+        std::fprintf(stderr, "kestrova: %s\n", qPrintable(map.m_warnings.last()));
+        return map;
+    }
+    return Parse(f.readAll(), startHostDir, file);
+}
+
+DeviceMap DeviceMap::Parse(const QByteArray& text, const QString& baseHostDir, const QString& sourceName) {
+    DeviceMap map;
+    static const QRegularExpression lineEnds(QStringLiteral("\r\n|\r|\n"));
+    static const QRegularExpression drivePattern(QStringLiteral("^([A-Za-z]):$"));
+    static const QRegularExpression portPattern(QStringLiteral("^[Cc][Oo][Mm]([1-9][0-9]{0,2})$"));
+    const QStringList lines = QString::fromLocal8Bit(text).split(lineEnds);
+    int number = 0;
+    for (const QString& raw : lines) {
+        ++number;
+        const QString line = raw.trimmed();
+        if (line == QLatin1String("******"))
+            break;
+        if (line.isEmpty())
+            continue;
+        const auto warn = [&](const QString& reason) {
+            map.m_warnings << QStringLiteral("%1, line %2: %3: \"%4\"").arg(sourceName).arg(number).arg(reason, line);
+            std::fprintf(stderr, "kestrova: %s (line skipped)\n", qPrintable(map.m_warnings.last()));
+        };
+        const QStringList words = line.split(QRegularExpression(QStringLiteral("\\s+")));
+        if (words.size() < 3) {
+            warn(QStringLiteral("expected a device, a kind and a host path"));
+            continue;
+        }
+        const QString device = words.at(0);
+        const QString kind = words.at(1).toLower();
+        // The host path is the rest of the line, which may itself hold blanks.
+        const qsizetype kindEnd = line.indexOf(words.at(1), device.size()) + words.at(1).size();
+        const QString hostPath = line.mid(kindEnd).trimmed();
+        if (const auto drive = drivePattern.match(device); drive.hasMatch()) {
+            if (kind != QLatin1String("fixed") && kind != QLatin1String("removable")) {
+                warn(QStringLiteral("a drive is \"fixed\" or \"removable\""));
+                continue;
+            }
+            map.SetDrive(drive.captured(1).at(0), kind == QLatin1String("fixed") ? DriveKind::Fixed : DriveKind::Removable,
+                         CleanHostRoot(hostPath, baseHostDir));
+        } else if (const auto port = portPattern.match(device); port.hasMatch()) {
+            if (kind != QLatin1String("port")) {
+                warn(QStringLiteral("a serial port is of the kind \"port\""));
+                continue;
+            }
+            map.SetPort(port.captured(1).toInt(), CleanHostRoot(hostPath, baseHostDir));
+        } else {
+            warn(QStringLiteral("unknown device"));
+        }
+    }
+    return map;
+}
+
+std::optional<DriveMapping> DeviceMap::Drive(QChar letter) const {
+    const auto it = m_drives.constFind(letter.toUpper());
+    if (it == m_drives.constEnd())
+        return std::nullopt;
+    return *it;
+}
+
+QList<DriveMapping> DeviceMap::Drives() const { return m_drives.values(); }
+
+QString DeviceMap::PortDevice(int port) const {
+    const auto it = m_ports.constFind(port);
+    if (it != m_ports.constEnd())
+        return *it;
+#ifdef _WIN32
+    return QStringLiteral("COM%1").arg(port);
+#else
+    return QStringLiteral("/dev/ttyS%1").arg(port - 1);
+#endif
+}
+
+void DeviceMap::SetDrive(QChar letter, DriveKind kind, const QString& hostRoot) {
+    const QChar upper = letter.toUpper();
+    m_drives.insert(upper, DriveMapping{upper, kind, hostRoot});
+}
+
+void DeviceMap::SetPort(int port, const QString& device) { m_ports.insert(port, device); }
+
+} // namespace kestrova

@@ -1,0 +1,450 @@
+#include "platform/FileSystem.h"
+
+#include "platform/HostPath.h"
+#include "platform/Wildcard.h"
+
+#include <QDir>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+namespace kestrova {
+
+namespace fs = std::filesystem;
+using host::FromFs;
+using host::ToFs;
+
+namespace {
+
+inline char FoldAscii(char c) { return (c >= 'a' && c <= 'z') ? char(c - 32) : c; }
+
+std::string FoldedKey(const std::string& name) {
+    std::string key(name);
+    for (char& c : key)
+        c = FoldAscii(c);
+    return key;
+}
+
+bool EqualsIgnoringAsciiCase(const std::string& a, const std::string& b) {
+    if (a.size() != b.size())
+        return false;
+    for (size_t i = 0; i < a.size(); ++i)
+        if (FoldAscii(a[i]) != FoldAscii(b[i]))
+            return false;
+    return true;
+}
+
+// Name order as the system's listings give it: ignoring case, exact spelling breaking ties.
+bool NameOrder(const std::string& keyA, const std::string& nameA, const std::string& keyB, const std::string& nameB) {
+    if (keyA != keyB)
+        return keyA < keyB;
+    return nameA < nameB;
+}
+
+bool EntryExists(const fs::path& p) {
+    std::error_code ec;
+    return fs::exists(fs::status(p, ec));
+}
+
+// The entry of dir whose name matches wanted ignoring ASCII case, the first in name order.
+std::optional<std::string> FindIgnoringCase(const fs::path& dir, const std::string& wanted) {
+    std::error_code ec;
+    fs::directory_iterator it(dir, ec);
+    if (ec)
+        return std::nullopt;
+    std::optional<std::string> best;
+    for (const fs::directory_iterator end; it != end; it.increment(ec)) {
+        if (ec)
+            break;
+        std::string name = it->path().filename().string();
+        if (!EqualsIgnoringAsciiCase(name, wanted))
+            continue;
+        if (!best || name < *best)
+            best = std::move(name);
+    }
+    return best;
+}
+
+bool Writable(const fs::path& p) {
+    std::error_code ec;
+    const auto perms = fs::status(p, ec).permissions();
+    return !ec && (perms & fs::perms::owner_write) != fs::perms::none;
+}
+
+struct FileCloser {
+    void operator()(std::FILE* f) const noexcept {
+        if (f)
+            std::fclose(f);
+    }
+};
+using FilePtr = std::unique_ptr<std::FILE, FileCloser>;
+
+// A sibling of the target that holds the new content until it replaces the target whole.
+fs::path TemporarySibling(const fs::path& target) {
+    return target.parent_path() / ("." + target.filename().string() + ".kestrova-new");
+}
+
+} // namespace
+
+FileSystem::FileSystem(DeviceMap devices, const QString& startHostDir) : m_devices(std::move(devices)) {
+    const QString start = SystemPathOfHost(QDir(startHostDir).absolutePath());
+    const SystemPath parsed = SystemPath::Parse(start);
+    m_currentDrive = parsed.drive.isNull() ? QChar('Z') : parsed.drive;
+    m_currentDirs.insert(m_currentDrive, start);
+}
+
+FileSystem FileSystem::AtStartDirectory(const QString& startHostDir) {
+    return FileSystem(DeviceMap::Load(startHostDir), startHostDir);
+}
+
+QString FileSystem::FullPath(const QString& p) const {
+    const QString text = FromHostNotation(p.trimmed());
+    SystemPath parsed = SystemPath::Parse(text);
+    if (parsed.drive.isNull())
+        parsed.drive = m_currentDrive;
+    if (!parsed.rooted) {
+        const QString base = m_currentDirs.value(parsed.drive, QString(parsed.drive) + QStringLiteral(":\\"));
+        SystemPath combined = SystemPath::Parse(base + u'\\' + parsed.components.join(u'\\'));
+        combined.drive = parsed.drive;
+        combined.rooted = true;
+        return combined.Text();
+    }
+    return parsed.Text();
+}
+
+FileSystem::Resolved FileSystem::Resolve(const QString& p) const {
+    Resolved r;
+    r.full = FullPath(p);
+    const SystemPath parsed = SystemPath::Parse(r.full);
+    const auto mapping = m_devices.Drive(parsed.drive);
+    if (!mapping)
+        return r;
+    r.mapped = true;
+    fs::path current = ToFs(mapping->hostRoot);
+    if (!EntryExists(current)) {
+        for (const QString& name : parsed.components)
+            current /= ToFs(name);
+        r.host = FromFs(current);
+        return r;
+    }
+    const int count = int(parsed.components.size());
+    for (int i = 0; i < count; ++i) {
+        const fs::path wanted = ToFs(parsed.components.at(i));
+        fs::path candidate = current / wanted;
+        if (!EntryExists(candidate)) {
+            if (const auto match = FindIgnoringCase(current, wanted.string()))
+                candidate = current / *match;
+            else {
+                r.parentExists = (i == count - 1) && fs::is_directory(current);
+                for (int j = i + 1; j < count; ++j)
+                    candidate /= ToFs(parsed.components.at(j));
+                r.host = FromFs(candidate);
+                return r;
+            }
+        }
+        current = std::move(candidate);
+    }
+    std::error_code ec;
+    r.exists = true;
+    r.parentExists = true;
+    r.isDirectory = fs::is_directory(current, ec);
+    r.host = FromFs(current);
+    return r;
+}
+
+QString FileSystem::HostPath(const QString& p) const { return Resolve(p).host; }
+
+QString FileSystem::SystemPathOfHost(const QString& hostPath) const {
+    const QString clean = QDir::cleanPath(QDir(hostPath).absolutePath());
+    const DriveMapping* best = nullptr;
+    const QList<DriveMapping> drives = m_devices.Drives();
+    for (const DriveMapping& d : drives) {
+        const QString root = d.hostRoot;
+        const bool inside = clean == root || root == QLatin1String("/") ||
+                            clean.startsWith(root.endsWith(u'/') ? root : root + u'/');
+        if (inside && (!best || root.size() > best->hostRoot.size()))
+            best = &d;
+    }
+    if (!best)
+        return FromHostNotation(clean);
+    QString rest = clean.mid(best->hostRoot.size());
+    rest.replace(u'/', u'\\');
+    if (!rest.startsWith(u'\\'))
+        rest.prepend(u'\\');
+    return QString(best->letter) + u':' + rest;
+}
+
+bool FileSystem::Exists(const QString& p) const { return Resolve(p).exists; }
+
+bool FileSystem::IsDirectory(const QString& p) const {
+    const Resolved r = Resolve(p);
+    return r.exists && r.isDirectory;
+}
+
+bool FileSystem::IsFile(const QString& p) const {
+    const Resolved r = Resolve(p);
+    return r.exists && !r.isDirectory;
+}
+
+qint64 FileSystem::Length(const QString& p) const {
+    const Resolved r = Resolve(p);
+    if (!r.exists || r.isDirectory)
+        ThrowMissing(r);
+    std::error_code ec;
+    const auto size = fs::file_size(ToFs(r.host), ec);
+    if (ec)
+        ThrowFromErrno(ec.value(), r);
+    return qint64(size);
+}
+
+QStringList FileSystem::List(const QString& directory, const QString& patterns, EntryKinds kinds) const {
+    const Resolved r = Resolve(directory);
+    if (!r.exists || !r.isDirectory)
+        return {};
+    const WildcardSet wildcards(patterns);
+    if (wildcards.IsEmpty())
+        return {};
+    struct Entry {
+        std::string key;
+        std::string name;
+    };
+    std::vector<Entry> entries;
+    std::error_code ec;
+    fs::directory_iterator it(ToFs(r.host), ec);
+    if (ec)
+        return {};
+    const bool wantFiles = int(kinds) & int(EntryKinds::Files);
+    const bool wantDirs = int(kinds) & int(EntryKinds::Directories);
+    for (const fs::directory_iterator end; it != end; it.increment(ec)) {
+        if (ec)
+            break;
+        std::string name = it->path().filename().string();
+        // Names starting with a dot are the host's hidden files (and this layer's own
+        // half-written copies): the system never lists them.
+        if (name.empty() || name[0] == '.')
+            continue;
+        std::error_code typeError;
+        const bool isDir = it->is_directory(typeError);
+        if ((isDir && !wantDirs) || (!isDir && !wantFiles))
+            continue;
+        if (!wildcards.Matches(QFile::decodeName(QByteArray::fromStdString(name))))
+            continue;
+        entries.push_back({FoldedKey(name), std::move(name)});
+    }
+    std::sort(entries.begin(), entries.end(),
+              [](const Entry& a, const Entry& b) { return NameOrder(a.key, a.name, b.key, b.name); });
+    QStringList names;
+    names.reserve(qsizetype(entries.size()));
+    for (const Entry& e : entries)
+        names << QFile::decodeName(QByteArray::fromStdString(e.name));
+    return names;
+}
+
+QStringList FileSystem::Find(const QString& pathPattern, EntryKinds kinds) const {
+    const QString full = FullPath(pathPattern);
+    const qsizetype cut = full.lastIndexOf(u'\\');
+    return List(full.left(cut + 1), full.mid(cut + 1), kinds);
+}
+
+bool FileSystem::DriveReady(QChar letter) const {
+    const auto mapping = m_devices.Drive(letter);
+    if (!mapping)
+        return false;
+    std::error_code ec;
+    fs::directory_iterator it(ToFs(mapping->hostRoot), ec);
+    return !ec;
+}
+
+std::optional<DriveKind> FileSystem::DriveType(QChar letter) const {
+    const auto mapping = m_devices.Drive(letter);
+    if (!mapping)
+        return std::nullopt;
+    return mapping->kind;
+}
+
+void FileSystem::ThrowMissing(const Resolved& where) const {
+    if (!where.mapped)
+        throw DeviceUnavailableError(where.full);
+    const auto mapping = m_devices.Drive(SystemPath::Parse(where.full).drive);
+    if (mapping && !DriveReady(mapping->letter))
+        throw DiskNotReadyError(where.full);
+    if (where.parentExists)
+        throw FileNotFoundError(where.full);
+    throw PathNotFoundError(where.full);
+}
+
+void FileSystem::ThrowFromErrno(int error, const Resolved& where) const {
+    switch (error) {
+    case ENOENT:
+        ThrowMissing(where);
+    case ENOTDIR:
+        throw PathNotFoundError(where.full);
+    case EACCES:
+    case EPERM:
+    case EROFS:
+        throw PermissionDeniedError(where.full);
+    case ENOSPC:
+#ifdef EDQUOT
+    case EDQUOT:
+#endif
+        throw DiskFullError(where.full);
+    case EEXIST:
+        throw FileAlreadyExistsError(where.full);
+    case EIO:
+        throw DeviceIoError(where.full);
+    case ENAMETOOLONG:
+    case EINVAL:
+        throw BadFileNameError(where.full);
+    default:
+        throw PathFileAccessError(where.full, QString::fromLocal8Bit(std::strerror(error)));
+    }
+}
+
+void FileSystem::Copy(const QString& source, const QString& target) {
+    const Resolved from = Resolve(source);
+    if (!from.exists)
+        ThrowMissing(from);
+    if (from.isDirectory)
+        throw PathFileAccessError(from.full, QStringLiteral("is a directory"));
+    const Resolved to = Resolve(target);
+    if (!to.exists && !to.parentExists)
+        ThrowMissing(to);
+    if (to.exists && to.isDirectory)
+        throw PathFileAccessError(to.full, QStringLiteral("is a directory"));
+    const fs::path targetPath = ToFs(to.host);
+    if (to.exists && !Writable(targetPath))
+        throw PermissionDeniedError(to.full);
+
+    FilePtr in(std::fopen(ToFs(from.host).c_str(), "rb"));
+    if (!in)
+        ThrowFromErrno(errno, from);
+    const fs::path temporary = TemporarySibling(targetPath);
+    FilePtr out(std::fopen(temporary.c_str(), "wb"));
+    if (!out)
+        ThrowFromErrno(errno, to);
+    const auto fail = [&](int error, const Resolved& where) {
+        out.reset();
+        std::error_code ignored;
+        fs::remove(temporary, ignored);
+        ThrowFromErrno(error, where);
+    };
+    std::vector<char> buffer(1 << 16);
+    for (;;) {
+        const size_t got = std::fread(buffer.data(), 1, buffer.size(), in.get());
+        if (got > 0 && std::fwrite(buffer.data(), 1, got, out.get()) != got)
+            fail(errno, to);
+        if (got < buffer.size()) {
+            if (std::ferror(in.get()))
+                fail(EIO, from);
+            break;
+        }
+    }
+    if (std::fflush(out.get()) != 0)
+        fail(errno, to);
+    if (std::fclose(out.release()) != 0)
+        fail(errno, to);
+    std::error_code ec;
+    fs::rename(temporary, targetPath, ec);
+    if (ec)
+        fail(ec.value(), to);
+}
+
+void FileSystem::Delete(const QString& p) {
+    const Resolved r = Resolve(p);
+    if (!r.exists)
+        ThrowMissing(r);
+    if (r.isDirectory)
+        throw FileNotFoundError(r.full, QStringLiteral("is a directory"));
+    if (!Writable(ToFs(r.host)))
+        throw PermissionDeniedError(r.full);
+    std::error_code ec;
+    fs::remove(ToFs(r.host), ec);
+    if (ec)
+        ThrowFromErrno(ec.value(), r);
+}
+
+void FileSystem::Rename(const QString& from, const QString& to) {
+    const Resolved source = Resolve(from);
+    if (!source.exists)
+        ThrowMissing(source);
+    const Resolved target = Resolve(to);
+    const bool sameEntry = target.exists && target.host == source.host;
+    if (target.exists && !sameEntry)
+        throw FileAlreadyExistsError(target.full);
+    if (!target.exists && !target.parentExists)
+        ThrowMissing(target);
+    // The new name is spelled as asked, also when only its letter case changes.
+    const QStringList targetNames = SystemPath::Parse(target.full).components;
+    if (targetNames.isEmpty())
+        throw BadFileNameError(target.full);
+    const fs::path targetPath = ToFs(target.host).parent_path() / ToFs(targetNames.last());
+    std::error_code ec;
+    fs::rename(ToFs(source.host), targetPath, ec);
+    if (ec == std::errc::cross_device_link && !source.isDirectory) {
+        Copy(from, to);
+        Delete(from);
+        return;
+    }
+    if (ec)
+        ThrowFromErrno(ec.value(), target);
+}
+
+void FileSystem::MakeDirectory(const QString& p) {
+    const Resolved r = Resolve(p);
+    if (r.exists)
+        throw PathFileAccessError(r.full, QStringLiteral("already exists"));
+    if (!r.parentExists)
+        ThrowMissing(r);
+    std::error_code ec;
+    fs::create_directory(ToFs(r.host), ec);
+    if (ec)
+        ThrowFromErrno(ec.value(), r);
+}
+
+void FileSystem::RemoveDirectory(const QString& p) {
+    const Resolved r = Resolve(p);
+    if (!r.exists || !r.isDirectory) {
+        if (!r.mapped)
+            throw DeviceUnavailableError(r.full);
+        throw PathNotFoundError(r.full);
+    }
+    std::error_code ec;
+    fs::remove(ToFs(r.host), ec);
+    if (ec == std::errc::directory_not_empty || ec == std::errc::file_exists)
+        throw PathFileAccessError(r.full, QStringLiteral("directory not empty"));
+    if (ec)
+        ThrowFromErrno(ec.value(), r);
+}
+
+void FileSystem::ChangeDrive(const QString& drive) {
+    const QString text = drive.trimmed();
+    if (text.isEmpty())
+        return;
+    const QChar letter = text.at(0).toUpper();
+    const QString root = QString(letter) + QStringLiteral(":\\");
+    if (!m_devices.Drive(letter))
+        throw DeviceUnavailableError(root);
+    if (!DriveReady(letter))
+        throw DiskNotReadyError(root);
+    m_currentDrive = letter;
+}
+
+void FileSystem::ChangeDirectory(const QString& p) {
+    const Resolved r = Resolve(p);
+    if (!r.exists || !r.isDirectory) {
+        if (!r.mapped)
+            throw DeviceUnavailableError(r.full);
+        throw PathNotFoundError(r.full);
+    }
+    m_currentDirs.insert(SystemPath::Parse(r.full).drive, r.full);
+}
+
+QString FileSystem::CurrentDirectory() const {
+    return m_currentDirs.value(m_currentDrive, QString(m_currentDrive) + QStringLiteral(":\\"));
+}
+
+} // namespace kestrova

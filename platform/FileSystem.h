@@ -1,0 +1,95 @@
+#pragma once
+
+#include "platform/DeviceMap.h"
+#include "platform/Errors.h"
+#include "platform/SystemPath.h"
+
+#include <QMap>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace kestrova {
+
+enum class EntryKinds { Files = 1, Directories = 2, Both = 3 };
+
+// The host file layer: the one place where the system's paths ("C:\Kestrova\Data\M1.cms")
+// become host paths. Drives come from the device map; each name is looked up as spelled and,
+// when missing, by the entry that matches ignoring letter case, so files written by the
+// suite's other programs in any case are found. New files and directories get the spelling
+// asked for. Every error names the system path and the reason.
+//
+// One instance per installation: it also holds the current drive and directory, so that
+// several installations can live in one process.
+class FileSystem {
+public:
+    FileSystem(DeviceMap devices, const QString& startHostDir);
+    // The installation started in startHostDir: its "Devices.cfg" is read from there.
+    [[nodiscard]] static FileSystem AtStartDirectory(const QString& startHostDir);
+
+    [[nodiscard]] const DeviceMap& Devices() const { return m_devices; }
+
+    // --- Paths --------------------------------------------------------------------------
+    // The full system path of p, relative names taken from the current directory.
+    [[nodiscard]] QString FullPath(const QString& p) const;
+    // The host path p stands for; existing components in their spelling on disk, missing ones
+    // as asked. Empty when the drive is not mapped.
+    [[nodiscard]] QString HostPath(const QString& p) const;
+    // The system path of a host path: the mapped drive whose root holds it (the deepest one).
+    [[nodiscard]] QString SystemPathOfHost(const QString& hostPath) const;
+
+    // --- Questions ------------------------------------------------------------------------
+    [[nodiscard]] bool Exists(const QString& p) const; // file or directory
+    [[nodiscard]] bool IsDirectory(const QString& p) const;
+    [[nodiscard]] bool IsFile(const QString& p) const;
+    [[nodiscard]] qint64 Length(const QString& p) const; // FileNotFound when there is no such file
+
+    // Names of the entries of a directory that match the patterns ("*.drw;*.prg"), in name
+    // order ignoring case. A missing directory gives an empty list.
+    [[nodiscard]] QStringList List(const QString& directory, const QString& patterns, EntryKinds kinds) const;
+    // The same for a path whose last name is the pattern ("C:\Jobs\PUNCH1\*.*").
+    [[nodiscard]] QStringList Find(const QString& pathPattern, EntryKinds kinds) const;
+
+    // --- Drives -----------------------------------------------------------------------------
+    // Mapped, and its host directory exists and can be listed.
+    [[nodiscard]] bool DriveReady(QChar letter) const;
+    // The kind of a mapped drive; nothing for a letter the map does not name.
+    [[nodiscard]] std::optional<DriveKind> DriveType(QChar letter) const;
+    // Every mapped drive in letter order.
+    [[nodiscard]] QList<DriveMapping> Drives() const { return m_devices.Drives(); }
+
+    // --- Operations -------------------------------------------------------------------------
+    // Byte-exact copy; an existing target is replaced whole, never left half written.
+    void Copy(const QString& source, const QString& target);
+    void Delete(const QString& p);
+    // Renames a file or directory; the new name must not exist yet.
+    void Rename(const QString& from, const QString& to);
+    void MakeDirectory(const QString& p);
+    void RemoveDirectory(const QString& p);
+    void ChangeDrive(const QString& drive);
+    void ChangeDirectory(const QString& p);
+    [[nodiscard]] QString CurrentDirectory() const;
+
+    // --- For the text and record files of this layer -------------------------------------
+    struct Resolved {
+        QString full;       // the full system path
+        QString host;       // the host path ("" when the drive is not mapped)
+        bool mapped = false;
+        bool exists = false;
+        bool isDirectory = false;
+        bool parentExists = false;
+    };
+    [[nodiscard]] Resolved Resolve(const QString& p) const;
+    // Raises the error that the host's errno value stands for, naming the system path.
+    [[noreturn]] void ThrowFromErrno(int error, const Resolved& where) const;
+    // The error for opening a file that is not there: file, path, drive not ready or unknown.
+    [[noreturn]] void ThrowMissing(const Resolved& where) const;
+
+private:
+    DeviceMap m_devices;
+    QChar m_currentDrive;
+    QMap<QChar, QString> m_currentDirs; // per drive, a full system path
+};
+
+} // namespace kestrova

@@ -1,0 +1,209 @@
+#include "platform/TextFile.h"
+
+#include "platform/HostPath.h"
+
+#include <cerrno>
+#include <filesystem>
+
+namespace kestrova {
+
+namespace fs = std::filesystem;
+
+QString FromBytes(const QByteArray& bytes) { return QString::fromLatin1(bytes); }
+
+QByteArray ToBytes(const QString& text) { return text.toLatin1(); }
+
+// --- LineReader ----------------------------------------------------------------------------
+
+void LineReader::Closer::operator()(std::FILE* f) const noexcept {
+    if (f)
+        std::fclose(f);
+}
+
+LineReader::LineReader(const FileSystem& files, const QString& path) {
+    const FileSystem::Resolved r = files.Resolve(path);
+    m_path = r.full;
+    if (!r.exists)
+        files.ThrowMissing(r);
+    if (r.isDirectory)
+        throw PathFileAccessError(r.full, QStringLiteral("is a directory"));
+    m_file.reset(std::fopen(host::ToFs(r.host).c_str(), "rb"));
+    if (!m_file)
+        files.ThrowFromErrno(errno, r);
+}
+
+LineReader::~LineReader() = default;
+
+bool LineReader::Fill() {
+    if (m_eof)
+        return false;
+    if (m_pos > 0) {
+        m_buffer.remove(0, m_pos);
+        m_pos = 0;
+    }
+    char chunk[1 << 14];
+    const size_t got = std::fread(chunk, 1, sizeof chunk, m_file.get());
+    if (got == 0) {
+        if (std::ferror(m_file.get()))
+            throw DeviceIoError(m_path);
+        m_eof = true;
+        return false;
+    }
+    m_buffer.append(chunk, qsizetype(got));
+    return true;
+}
+
+bool LineReader::AtEnd() {
+    while (m_pos >= m_buffer.size())
+        if (!Fill())
+            return true;
+    return false;
+}
+
+QString LineReader::ReadLine() {
+    if (AtEnd())
+        throw InputPastEndError(m_path);
+    qsizetype scan = m_pos;
+    for (;;) {
+        while (scan < m_buffer.size()) {
+            const char c = m_buffer.at(scan);
+            if (c == '\n' || c == '\r') {
+                const QString line = FromBytes(m_buffer.mid(m_pos, scan - m_pos));
+                m_pos = scan + 1;
+                if (c == '\r') {
+                    // A CR LF pair may straddle two reads.
+                    if (m_pos >= m_buffer.size())
+                        Fill();
+                    if (m_pos < m_buffer.size() && m_buffer.at(m_pos) == '\n')
+                        ++m_pos;
+                }
+                return line;
+            }
+            ++scan;
+        }
+        const qsizetype consumed = m_pos;
+        if (!Fill()) {
+            const QString line = FromBytes(m_buffer.mid(m_pos));
+            m_pos = m_buffer.size();
+            return line;
+        }
+        scan -= consumed; // Fill() dropped the consumed part of the buffer
+    }
+}
+
+// --- TextWriter ----------------------------------------------------------------------------
+
+void TextWriter::Closer::operator()(std::FILE* f) const noexcept {
+    if (f)
+        std::fclose(f);
+}
+
+TextWriter::TextWriter(FileSystem& files, const QString& path, Mode mode) : m_mode(mode), m_files(files) {
+    m_target = files.Resolve(path);
+    m_path = m_target.full;
+    if (!m_target.exists && !m_target.parentExists)
+        files.ThrowMissing(m_target);
+    if (m_target.exists && m_target.isDirectory)
+        throw PathFileAccessError(m_path, QStringLiteral("is a directory"));
+    const fs::path target = host::ToFs(m_target.host);
+    if (m_target.exists) {
+        std::error_code ec;
+        const auto perms = fs::status(target, ec).permissions();
+        if (!ec && (perms & fs::perms::owner_write) == fs::perms::none)
+            throw PermissionDeniedError(m_path);
+    }
+    const fs::path written =
+        mode == Mode::Replace ? target.parent_path() / ("." + target.filename().string() + ".kestrova-new") : target;
+    m_writeHostPath = written.string();
+    m_file.reset(std::fopen(m_writeHostPath.c_str(), mode == Mode::Append ? "ab" : "wb"));
+    if (!m_file)
+        files.ThrowFromErrno(errno, m_target);
+}
+
+TextWriter::~TextWriter() {
+    if (m_file && m_mode == Mode::Replace) {
+        m_file.reset();
+        std::error_code ignored;
+        fs::remove(m_writeHostPath, ignored);
+    }
+}
+
+void TextWriter::WriteBytes(const QByteArray& bytes) {
+    if (!m_file)
+        throw PathFileAccessError(m_path, QStringLiteral("file is closed"));
+    if (!bytes.isEmpty() && std::fwrite(bytes.constData(), 1, size_t(bytes.size()), m_file.get()) != size_t(bytes.size()))
+        m_files.ThrowFromErrno(errno, m_target);
+}
+
+void TextWriter::Write(const QString& text) { WriteBytes(ToBytes(text)); }
+
+void TextWriter::WriteLine(const QString& line) { WriteBytes(ToBytes(line) + "\r\n"); }
+
+void TextWriter::Close() {
+    if (!m_file)
+        return;
+    const bool flushed = std::fflush(m_file.get()) == 0;
+    const int flushError = errno;
+    const bool closed = std::fclose(m_file.release()) == 0;
+    const int closeError = errno;
+    if (!flushed || !closed) {
+        if (m_mode == Mode::Replace) {
+            std::error_code ignored;
+            fs::remove(m_writeHostPath, ignored);
+        }
+        m_files.ThrowFromErrno(!flushed ? flushError : closeError, m_target);
+    }
+    if (m_mode == Mode::Replace) {
+        std::error_code ec;
+        fs::rename(m_writeHostPath, host::ToFs(m_target.host), ec);
+        if (ec) {
+            // The complete new text stays in the sibling; say where it is.
+            throw PathFileAccessError(m_path, QStringLiteral("the new text is in %1: %2")
+                                                  .arg(host::FromFs(m_writeHostPath),
+                                                       QString::fromStdString(ec.message())));
+        }
+    }
+}
+
+// --- Whole files ---------------------------------------------------------------------------
+
+QStringList ReadAllLines(const FileSystem& files, const QString& path) {
+    LineReader reader(files, path);
+    QStringList lines;
+    while (!reader.AtEnd())
+        lines << reader.ReadLine();
+    return lines;
+}
+
+QByteArray ReadAllBytes(const FileSystem& files, const QString& path) {
+    const FileSystem::Resolved r = files.Resolve(path);
+    if (!r.exists)
+        files.ThrowMissing(r);
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> f(std::fopen(host::ToFs(r.host).c_str(), "rb"), &std::fclose);
+    if (!f)
+        files.ThrowFromErrno(errno, r);
+    QByteArray bytes;
+    char chunk[1 << 16];
+    size_t got;
+    while ((got = std::fread(chunk, 1, sizeof chunk, f.get())) > 0)
+        bytes.append(chunk, qsizetype(got));
+    if (std::ferror(f.get()))
+        throw DeviceIoError(r.full);
+    return bytes;
+}
+
+void WriteAllLines(FileSystem& files, const QString& path, const QStringList& lines) {
+    TextWriter writer(files, path, TextWriter::Mode::Replace);
+    for (const QString& line : lines)
+        writer.WriteLine(line);
+    writer.Close();
+}
+
+void AppendLines(FileSystem& files, const QString& path, const QStringList& lines) {
+    TextWriter writer(files, path, TextWriter::Mode::Append);
+    for (const QString& line : lines)
+        writer.WriteLine(line);
+    writer.Close();
+}
+
+} // namespace kestrova

@@ -1,0 +1,88 @@
+#pragma once
+
+#include "platform/FileSystem.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+#include <cstdio>
+#include <memory>
+
+namespace kestrova {
+
+// Files are single-byte text. In memory each byte is one QChar of the same code (0..255), so a
+// text read and written again is byte for byte what it was; nothing converts an encoding.
+[[nodiscard]] QString FromBytes(const QByteArray& bytes);
+[[nodiscard]] QByteArray ToBytes(const QString& text);
+
+// Reads a text file line by line, only as far as the caller asks. A line ends at CR LF, LF or
+// CR; the line end is not part of the line. Reading past the last line is the "Input past end
+// of file" error, naming the file.
+class LineReader {
+public:
+    LineReader(const FileSystem& files, const QString& path);
+    ~LineReader();
+    LineReader(const LineReader&) = delete;
+    LineReader& operator=(const LineReader&) = delete;
+
+    [[nodiscard]] QString ReadLine();
+    [[nodiscard]] bool AtEnd();
+    [[nodiscard]] const QString& Path() const { return m_path; }
+
+private:
+    bool Fill();
+    struct Closer {
+        void operator()(std::FILE* f) const noexcept;
+    };
+    std::unique_ptr<std::FILE, Closer> m_file;
+    QString m_path;
+    QByteArray m_buffer;
+    qsizetype m_pos = 0;
+    bool m_eof = false;
+};
+
+// Writes a text file. Every line written with WriteLine gets CR LF.
+//  - Create: opens for output, truncating or creating the file.
+//  - Append: adds to the end, creating the file when missing.
+//  - Replace: the new text goes to a hidden sibling and replaces the file whole at Close(),
+//    so a failure leaves the original untouched (the way settings files are rewritten).
+// Close() reports a failed write; without it the destructor closes quietly and a Replace
+// leaves the original as it was.
+class TextWriter {
+public:
+    enum class Mode { Create, Append, Replace };
+
+    TextWriter(FileSystem& files, const QString& path, Mode mode);
+    ~TextWriter();
+    TextWriter(const TextWriter&) = delete;
+    TextWriter& operator=(const TextWriter&) = delete;
+
+    void Write(const QString& text);
+    void WriteBytes(const QByteArray& bytes);
+    void WriteLine(const QString& line);
+    void Close();
+    [[nodiscard]] const QString& Path() const { return m_path; }
+
+private:
+    struct Closer {
+        void operator()(std::FILE* f) const noexcept;
+    };
+    FileSystem::Resolved m_target;
+    QString m_path;
+    std::string m_writeHostPath; // the file written: the target itself or its temporary sibling
+    Mode m_mode;
+    std::unique_ptr<std::FILE, Closer> m_file;
+    const FileSystem& m_files;
+};
+
+// Every line of a file.
+[[nodiscard]] QStringList ReadAllLines(const FileSystem& files, const QString& path);
+// The whole file as bytes.
+[[nodiscard]] QByteArray ReadAllBytes(const FileSystem& files, const QString& path);
+// Rewrites a file whole with the given lines, each ended by CR LF.
+void WriteAllLines(FileSystem& files, const QString& path, const QStringList& lines);
+// Adds lines to the end of a file, creating it when missing.
+void AppendLines(FileSystem& files, const QString& path, const QStringList& lines);
+
+} // namespace kestrova

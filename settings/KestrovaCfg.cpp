@@ -1,0 +1,46 @@
+#include "settings/KestrovaCfg.h"
+
+#include "platform/SystemPath.h"
+#include "platform/TextFile.h"
+#include "settings/SettingsFile.h"
+#include "settings/SettingsLine.h"
+
+namespace kestrova {
+
+namespace {
+
+QString DirectoryValue(const QString& line) {
+    QString value = FromHostNotation(line.trimmed());
+    if (!value.endsWith(u'\\'))
+        value += u'\\';
+    return value;
+}
+
+} // namespace
+
+void ReadKestrovaCfg(Session& session) {
+    GlobalSettings& g = session.settings;
+    LineReader reader(session.files, QStringLiteral("Kestrova.cfg"));
+    g.SystemPath = DirectoryValue(reader.ReadLine());
+    g.SetupPath = DirectoryValue(reader.ReadLine());
+    g.RootPath = DirectoryValue(reader.ReadLine());
+    const QString number = reader.ReadLine().trimmed();
+    try {
+        g.MachineNumber = LeadingInt16(number);
+    } catch (const OverflowError&) {
+        throw OverflowError(reader.Path(), QStringLiteral("machine number \"%1\"").arg(number));
+    }
+    if (g.MachineNumber < 1)
+        g.MachineNumber = 1;
+    g.CurrentDir = reader.ReadLine().trimmed();
+    if (HasColon(g.CurrentDir))
+        g.CurrentDir.clear();
+}
+
+void WriteKestrovaCfg(Session& session) {
+    const GlobalSettings& g = session.settings;
+    WriteSettingsFile(session.files, g.ProgramPath + QStringLiteral("Kestrova.cfg"),
+                      {g.SystemPath, g.SetupPath, g.RootPath, QString::number(g.MachineNumber), g.CurrentDir});
+}
+
+} // namespace kestrova
