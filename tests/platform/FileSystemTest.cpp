@@ -1,0 +1,178 @@
+#include "InstallationFixture.h"
+#include "platform/FileSystem.h"
+#include "platform/TextFile.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <gtest/gtest.h>
+
+using namespace kestrova;
+using kestrova::testing::InstallationFixture;
+
+namespace {
+
+template <typename Error, typename F>
+QString ErrorText(F&& f) {
+    try {
+        f();
+    } catch (const Error& e) {
+        return e.text();
+    } catch (const SystemError& e) {
+        return QStringLiteral("wrong error: ") + e.text();
+    }
+    return QStringLiteral("no error");
+}
+
+} // namespace
+
+TEST(FileSystem, FindsEveryComponentIgnoringCaseAndCreatesWithTheSpellingAsked) {
+    InstallationFixture fx;
+    FileSystem& files = fx.Files();
+    EXPECT_TRUE(files.IsFile(QStringLiteral("c:\\JOBS\\punch1\\parts\\BRACKET.drw")));
+    EXPECT_EQ(files.HostPath(QStringLiteral("c:\\JOBS\\punch1\\parts\\BRACKET.drw")),
+              fx.Host(QStringLiteral("C:\\Jobs\\PUNCH1\\Parts\\Bracket.drw")));
+    EXPECT_TRUE(files.IsDirectory(QStringLiteral("C:/jobs/Punch1/PARTS/")));
+
+    // Two names that differ only in case: the one spelled as asked, else the first in name order.
+    fx.Write(QStringLiteral("C:\\Jobs\\Dup.txt"), "lower");
+    fx.Write(QStringLiteral("C:\\Jobs\\DUP.txt"), "upper");
+    EXPECT_EQ(ReadAllBytes(files, QStringLiteral("C:\\Jobs\\Dup.txt")), QByteArray("lower"));
+    EXPECT_EQ(ReadAllBytes(files, QStringLiteral("C:\\Jobs\\dup.TXT")), QByteArray("upper"));
+
+    // Existing directories keep their spelling, the new name gets the one asked for.
+    WriteAllLines(files, QStringLiteral("c:\\jobs\\punch1\\parts\\NewOne.PRG"), {QStringLiteral("%")});
+    EXPECT_TRUE(fx.OnDisk(QStringLiteral("C:\\Jobs\\PUNCH1\\Parts\\NewOne.PRG")));
+    files.MakeDirectory(QStringLiteral("c:\\JOBS\\punch1\\MixedCase"));
+    EXPECT_TRUE(QFileInfo(fx.Host(QStringLiteral("C:\\Jobs\\PUNCH1\\MixedCase"))).isDir());
+}
+
+TEST(FileSystem, ResolvesRelativePathsHostNotationAndHostPathsBack) {
+    InstallationFixture fx;
+    FileSystem& files = fx.Files();
+    EXPECT_EQ(files.CurrentDirectory(), QStringLiteral("C:\\Kestrova"));
+    EXPECT_EQ(files.FullPath(QStringLiteral("Kestrova.cfg")), QStringLiteral("C:\\Kestrova\\Kestrova.cfg"));
+    EXPECT_EQ(files.FullPath(QStringLiteral("..\\Jobs\\.\\PUNCH1")), QStringLiteral("C:\\Jobs\\PUNCH1"));
+    EXPECT_EQ(files.FullPath(QStringLiteral("\\Jobs")), QStringLiteral("C:\\Jobs"));
+    EXPECT_EQ(files.FullPath(QStringLiteral("/srv/kestrova")), QStringLiteral("Z:\\srv\\kestrova"));
+    EXPECT_EQ(files.SystemPathOfHost(fx.Host(QStringLiteral("C:\\Jobs\\PUNCH1"))), QStringLiteral("C:\\Jobs\\PUNCH1"));
+    EXPECT_EQ(files.SystemPathOfHost(QStringLiteral("/usr/bin")), QStringLiteral("Z:\\usr\\bin"));
+
+    files.ChangeDirectory(QStringLiteral("c:\\jobs\\punch1"));
+    EXPECT_EQ(files.FullPath(QStringLiteral("Parts\\X.prg")), QStringLiteral("C:\\jobs\\punch1\\Parts\\X.prg"));
+    files.ChangeDrive(QStringLiteral("A:"));
+    EXPECT_EQ(files.CurrentDirectory(), QStringLiteral("A:\\"));
+    files.ChangeDrive(QStringLiteral("C:\\anything"));
+    EXPECT_EQ(files.CurrentDirectory(), QStringLiteral("C:\\jobs\\punch1")) << "each drive keeps its own directory";
+
+    EXPECT_TRUE(ErrorText<PathNotFoundError>([&] { files.ChangeDirectory(QStringLiteral("C:\\Nowhere")); })
+                    .contains(QStringLiteral("C:\\Nowhere")));
+    EXPECT_TRUE(ErrorText<DiskNotReadyError>([&] { files.ChangeDrive(QStringLiteral("G:")); })
+                    .startsWith(QStringLiteral("Disk not ready")));
+    EXPECT_TRUE(ErrorText<DeviceUnavailableError>([&] { files.ChangeDrive(QStringLiteral("H:")); })
+                    .startsWith(QStringLiteral("Device unavailable")));
+}
+
+TEST(FileSystem, ListsByPatternListsIgnoringCaseInNameOrder) {
+    InstallationFixture fx;
+    FileSystem& files = fx.Files();
+    const QString dir = QStringLiteral("C:\\Jobs\\PUNCH1\\Parts\\");
+    fx.Write(dir + "a.DRW", "");
+    fx.Write(dir + ".hidden.drw", "");
+    fx.MakeDir(dir + "Sub.drw");
+
+    EXPECT_EQ(files.List(dir, QStringLiteral("*.drw"), EntryKinds::Files),
+              (QStringList{"a.DRW", "Bracket.drw", "X.drw"}));
+    EXPECT_EQ(files.List(dir, QStringLiteral(" *.drw ; *.prg "), EntryKinds::Files),
+              (QStringList{"a.DRW", "bracket-2.PRG", "Bracket.drw", "Bracket.prg", "Cover.prg", "X.drw", "X.prg"}));
+    EXPECT_EQ(files.List(dir, QStringLiteral("*.drw"), EntryKinds::Directories), (QStringList{"Sub.drw"}));
+    // "X.*" finds the file without extension too; "?" is one character.
+    EXPECT_EQ(files.Find(dir + "x.*", EntryKinds::Files),
+              (QStringList{"X", "X.drw", "X.dxf", "X.inf", "X.nst", "X.prg", "X.rpt", "X.seq", "X.stp", "X.usr"}));
+    EXPECT_EQ(files.Find(dir + "?.d*", EntryKinds::Files), (QStringList{"a.DRW", "X.drw", "X.dxf"}));
+    EXPECT_TRUE(files.Find(dir + "*.*", EntryKinds::Files).contains(QStringLiteral("X")));
+    EXPECT_EQ(files.List(QStringLiteral("C:\\Jobs\\PUNCH1"), QStringLiteral("*.*"), EntryKinds::Both),
+              (QStringList{"Archive", "EXSUBS", "Kestrova", "Parts"}));
+    EXPECT_TRUE(files.List(QStringLiteral("C:\\Missing"), QStringLiteral("*.*"), EntryKinds::Both).isEmpty());
+    EXPECT_TRUE(files.List(QStringLiteral("H:\\"), QStringLiteral("*.*"), EntryKinds::Both).isEmpty());
+}
+
+TEST(FileSystem, DrivesAreReadyWhenMappedAndPresent) {
+    InstallationFixture fx;
+    FileSystem& files = fx.Files();
+    EXPECT_TRUE(files.DriveReady(u'A'));
+    EXPECT_TRUE(files.DriveReady(u'c'));
+    EXPECT_FALSE(files.DriveReady(u'G')) << "mapped, but nothing at its host path";
+    EXPECT_FALSE(files.DriveReady(u'H')) << "not mapped";
+    EXPECT_EQ(files.DriveType(u'A'), DriveKind::Removable);
+    EXPECT_EQ(files.DriveType(u'F'), DriveKind::Fixed);
+    EXPECT_FALSE(files.DriveType(u'H'));
+    QString letters;
+    for (const DriveMapping& d : files.Drives())
+        letters += d.letter;
+    EXPECT_EQ(letters, QStringLiteral("ACEFGZ"));
+    EXPECT_FALSE(files.Exists(QStringLiteral("H:\\anything")));
+    EXPECT_FALSE(files.Exists(QStringLiteral("G:\\anything")));
+}
+
+TEST(FileSystem, CopiesByteForByteAndReplacesTheTargetWhole) {
+    InstallationFixture fx;
+    FileSystem& files = fx.Files();
+    QByteArray bytes("line\r\nbare\rlf\n");
+    bytes.append('\0').append("\x80\xff\x1a tail");
+    fx.Write(QStringLiteral("C:\\Jobs\\source.bin"), bytes);
+    fx.Write(QStringLiteral("A:\\TARGET.BIN"), QByteArray(100000, 'x'));
+    files.Copy(QStringLiteral("c:\\jobs\\SOURCE.bin"), QStringLiteral("A:\\target.bin"));
+    EXPECT_EQ(fx.Read(QStringLiteral("A:\\TARGET.BIN")), bytes);
+    EXPECT_EQ(files.List(QStringLiteral("A:\\"), QStringLiteral("*"), EntryKinds::Files),
+              (QStringList{"TARGET.BIN"}))
+        << "the replaced target keeps its spelling and nothing is left beside it";
+    EXPECT_EQ(files.Length(QStringLiteral("A:\\target.bin")), bytes.size());
+}
+
+TEST(FileSystem, ErrorsNameTheSystemPathAndTheReason) {
+    InstallationFixture fx;
+    FileSystem& files = fx.Files();
+    const QString parts = QStringLiteral("C:\\Jobs\\PUNCH1\\Parts\\");
+
+    EXPECT_EQ(ErrorText<FileNotFoundError>([&] { files.Copy(parts + "Nothing.prg", parts + "Y.prg"); }),
+              QStringLiteral("File not found: \"C:\\Jobs\\PUNCH1\\Parts\\Nothing.prg\""));
+    EXPECT_EQ(ErrorText<PathNotFoundError>([&] { files.Copy(parts + "X.prg", QStringLiteral("C:\\No\\Y.prg")); }),
+              QStringLiteral("Path not found: \"C:\\No\\Y.prg\""));
+    EXPECT_EQ(ErrorText<FileNotFoundError>([&] { files.Delete(parts + "Gone.prg"); }),
+              QStringLiteral("File not found: \"C:\\Jobs\\PUNCH1\\Parts\\Gone.prg\""));
+    EXPECT_TRUE(ErrorText<FileAlreadyExistsError>([&] { files.Rename(parts + "X.prg", parts + "cover.PRG"); })
+                    .startsWith(QStringLiteral("File already exists: \"C:\\Jobs\\PUNCH1\\Parts\\cover.PRG\"")));
+    EXPECT_TRUE(ErrorText<PathFileAccessError>([&] { files.MakeDirectory(QStringLiteral("C:\\jobs\\punch1\\PARTS")); })
+                    .contains(QStringLiteral("C:\\jobs\\punch1\\PARTS")));
+    EXPECT_TRUE(ErrorText<PathFileAccessError>([&] { files.RemoveDirectory(parts); })
+                    .startsWith(QStringLiteral("Path/File access error")));
+    EXPECT_TRUE(ErrorText<DiskNotReadyError>([&] { files.Copy(parts + "X.prg", QStringLiteral("G:\\X.prg")); })
+                    .contains(QStringLiteral("G:\\X.prg")));
+    EXPECT_TRUE(ErrorText<DeviceUnavailableError>([&] { files.Delete(QStringLiteral("H:\\X.prg")); })
+                    .contains(QStringLiteral("H:\\X.prg")));
+
+    // A read-only program is neither replaced nor deleted.
+    QFile::setPermissions(fx.Host(parts + "Cover.prg"), QFileDevice::ReadOwner);
+    EXPECT_EQ(ErrorText<PermissionDeniedError>([&] { files.Copy(parts + "X.prg", parts + "COVER.prg"); }),
+              QStringLiteral("Permission denied: \"C:\\Jobs\\PUNCH1\\Parts\\COVER.prg\""));
+    EXPECT_TRUE(ErrorText<PermissionDeniedError>([&] { files.Delete(parts + "Cover.prg"); }).startsWith("Permission"));
+    EXPECT_EQ(fx.ReadLines(parts + "Cover.prg").value(1), QStringLiteral("G00 X0 Y0"));
+}
+
+TEST(FileSystem, RenamesDeletesAndRemovesDirectories) {
+    InstallationFixture fx;
+    FileSystem& files = fx.Files();
+    const QString parts = QStringLiteral("C:\\Jobs\\PUNCH1\\Parts\\");
+    files.Rename(parts + "cover.prg", parts + "COVER.prg");
+    EXPECT_TRUE(fx.OnDisk(parts + "COVER.prg")) << "a change of letter case alone is a rename";
+    EXPECT_FALSE(fx.OnDisk(parts + "Cover.prg"));
+    files.Rename(parts + "COVER.prg", QStringLiteral("E:\\Cover.prg"));
+    EXPECT_TRUE(fx.OnDisk(QStringLiteral("E:\\Cover.prg")));
+    files.Rename(QStringLiteral("C:\\Jobs\\PUNCH1\\archive"), QStringLiteral("C:\\Jobs\\PUNCH1\\Old Jobs"));
+    EXPECT_TRUE(fx.OnDisk(QStringLiteral("C:\\Jobs\\PUNCH1\\Old Jobs\\Old.drw")));
+    files.Delete(QStringLiteral("C:\\Jobs\\PUNCH1\\old jobs\\OLD.DRW"));
+    files.RemoveDirectory(QStringLiteral("C:\\Jobs\\PUNCH1\\old jobs"));
+    EXPECT_FALSE(fx.OnDisk(QStringLiteral("C:\\Jobs\\PUNCH1\\Old Jobs")));
+    EXPECT_THROW(files.Delete(parts), FileNotFoundError) << "a directory is not deleted as a file";
+}

@@ -1,0 +1,94 @@
+#include "InstallationFixture.h"
+#include "platform/RecordFile.h"
+#include "platform/TextFile.h"
+
+#include <QDir>
+
+#include <gtest/gtest.h>
+
+using namespace kestrova;
+using kestrova::testing::InstallationFixture;
+
+TEST(LineReader, EndsALineAtCrLfLfOrCrAndReadsOnlyWhatIsAsked) {
+    InstallationFixture fx;
+    // A CR LF pair straddling the reader's 16 KB chunks must still be one line end.
+    QByteArray bytes(16383, 'a');
+    bytes += "\r\nb\rc\nd\r\n\r\ne\x80\xff";
+    fx.Write(QStringLiteral("C:\\lines.txt"), bytes);
+    LineReader reader(fx.Files(), QStringLiteral("c:\\LINES.TXT"));
+    EXPECT_EQ(reader.ReadLine(), QString(16383, u'a'));
+    EXPECT_EQ(reader.ReadLine(), QStringLiteral("b"));
+    EXPECT_EQ(reader.ReadLine(), QStringLiteral("c"));
+    EXPECT_EQ(reader.ReadLine(), QStringLiteral("d"));
+    EXPECT_EQ(reader.ReadLine(), QString());
+    EXPECT_FALSE(reader.AtEnd());
+    const QString last = reader.ReadLine();
+    EXPECT_EQ(ToBytes(last), QByteArray("e\x80\xff")) << "single-byte text comes back byte for byte";
+    EXPECT_TRUE(reader.AtEnd());
+    try {
+        (void)reader.ReadLine();
+        FAIL() << "read past the end";
+    } catch (const InputPastEndError& e) {
+        EXPECT_EQ(e.text(), QStringLiteral("Input past end of file: \"C:\\LINES.TXT\""));
+    }
+}
+
+TEST(LineReader, AnEmptyFileIsAtItsEndAndAMissingOneIsNamed) {
+    InstallationFixture fx;
+    fx.Write(QStringLiteral("C:\\empty.txt"), "");
+    LineReader empty(fx.Files(), QStringLiteral("C:\\empty.txt"));
+    EXPECT_TRUE(empty.AtEnd());
+    EXPECT_THROW((void)empty.ReadLine(), InputPastEndError);
+    try {
+        LineReader missing(fx.Files(), QStringLiteral("C:\\Kestrova\\Missing.cfg"));
+        FAIL();
+    } catch (const FileNotFoundError& e) {
+        EXPECT_EQ(e.subject(), QStringLiteral("C:\\Kestrova\\Missing.cfg"));
+    }
+}
+
+TEST(TextWriter, WritesCrLfAppendsAndReplacesOnlyOnClose) {
+    InstallationFixture fx;
+    FileSystem& files = fx.Files();
+    const QString path = QStringLiteral("C:\\Kestrova\\Out.txt");
+    WriteAllLines(files, path, {QStringLiteral("one"), QString(), QStringLiteral("thr\xe9")});
+    EXPECT_EQ(fx.Read(path), QByteArray("one\r\n\r\nthr\xe9\r\n"));
+    AppendLines(files, path, {QStringLiteral("four")});
+    EXPECT_EQ(fx.Read(path), QByteArray("one\r\n\r\nthr\xe9\r\nfour\r\n"));
+    AppendLines(files, QStringLiteral("C:\\Kestrova\\New.lst"), {QStringLiteral("first")});
+    EXPECT_EQ(fx.Read(QStringLiteral("C:\\Kestrova\\New.lst")), QByteArray("first\r\n"));
+
+    {
+        // A rewrite that never completes leaves the original, and nothing beside it.
+        TextWriter abandoned(files, path, TextWriter::Mode::Replace);
+        abandoned.WriteLine(QStringLiteral("half"));
+    }
+    EXPECT_EQ(fx.Read(path), QByteArray("one\r\n\r\nthr\xe9\r\nfour\r\n"));
+    EXPECT_EQ(QDir(fx.Host(QStringLiteral("C:\\Kestrova"))).entryList({"*Out.txt*"}, QDir::Files | QDir::Hidden),
+              (QStringList{"Out.txt"}));
+
+    EXPECT_THROW(WriteAllLines(files, QStringLiteral("C:\\No Such Dir\\x.txt"), {}), PathNotFoundError);
+}
+
+TEST(RecordFile, ReadsAndWritesFixedRecordsNumberedFromOne) {
+    InstallationFixture fx;
+    const QString index = QStringLiteral("A:\\INDICE--.PRG");
+    {
+        RecordFile records(fx.Files(), index, 64);
+        EXPECT_EQ(records.RecordCount(), 0);
+        records.Write(3, QByteArray("third"));
+        records.Write(1, QByteArray(70, '$'));
+        EXPECT_EQ(records.RecordCount(), 3);
+        EXPECT_EQ(records.Read(2), QByteArray(64, '\0'));
+        EXPECT_EQ(records.Read(3).left(6), QByteArray("third\0", 6));
+        EXPECT_TRUE(records.AtEnd(3));
+        EXPECT_FALSE(records.AtEnd(2));
+        records.Close();
+    }
+    const QByteArray bytes = fx.Read(index);
+    ASSERT_EQ(bytes.size(), 192);
+    EXPECT_EQ(bytes.left(64), QByteArray(64, '$')) << "a record is cut to its length";
+    EXPECT_EQ(bytes.mid(128, 5), QByteArray("third"));
+    RecordFile reopened(fx.Files(), QStringLiteral("a:\\indice--.prg"), 64);
+    EXPECT_EQ(reopened.Read(3).left(5), QByteArray("third"));
+}
