@@ -12,6 +12,10 @@
 #include <memory>
 #include <vector>
 
+#ifndef _WIN32
+#include <dirent.h>
+#endif
+
 namespace kestrova {
 
 namespace fs = std::filesystem;
@@ -29,13 +33,12 @@ std::string FoldedKey(const std::string& name) {
     return key;
 }
 
-bool EqualsIgnoringAsciiCase(const std::string& a, const std::string& b) {
-    if (a.size() != b.size())
-        return false;
-    for (size_t i = 0; i < a.size(); ++i)
-        if (FoldAscii(a[i]) != FoldAscii(b[i]))
+bool EqualsIgnoringAsciiCase(const char* a, const std::string& b) {
+    size_t i = 0;
+    for (; a[i] != '\0'; ++i)
+        if (i >= b.size() || FoldAscii(a[i]) != FoldAscii(b[i]))
             return false;
-    return true;
+    return i == b.size();
 }
 
 // Name order as the system's listings give it: ignoring case, exact spelling breaking ties.
@@ -52,6 +55,23 @@ bool EntryExists(const fs::path& p) {
 
 // The entry of dir whose name matches wanted ignoring ASCII case, the first in name order.
 std::optional<std::string> FindIgnoringCase(const fs::path& dir, const std::string& wanted) {
+#ifndef _WIN32
+    // Read straight from the directory stream: this runs for every component spelled in
+    // another case, so it must not allocate per entry.
+    DIR* stream = ::opendir(dir.c_str());
+    if (!stream)
+        return std::nullopt;
+    std::optional<std::string> best;
+    while (const dirent* entry = ::readdir(stream)) {
+        const char* name = entry->d_name;
+        if (!EqualsIgnoringAsciiCase(name, wanted))
+            continue;
+        if (!best || std::strcmp(name, best->c_str()) < 0)
+            best = std::string(name);
+    }
+    ::closedir(stream);
+    return best;
+#else
     std::error_code ec;
     fs::directory_iterator it(dir, ec);
     if (ec)
@@ -61,12 +81,13 @@ std::optional<std::string> FindIgnoringCase(const fs::path& dir, const std::stri
         if (ec)
             break;
         std::string name = it->path().filename().string();
-        if (!EqualsIgnoringAsciiCase(name, wanted))
+        if (!EqualsIgnoringAsciiCase(name.c_str(), wanted))
             continue;
         if (!best || name < *best)
             best = std::move(name);
     }
     return best;
+#endif
 }
 
 bool Writable(const fs::path& p) {
@@ -132,6 +153,19 @@ FileSystem::Resolved FileSystem::Resolve(const QString& p) const {
         return r;
     }
     const int count = int(parsed.components.size());
+    // Most paths are spelled as they are on disk: one look settles them.
+    fs::path spelled = current;
+    for (const QString& name : parsed.components)
+        spelled /= ToFs(name);
+    std::error_code statError;
+    const fs::file_status status = fs::status(spelled, statError);
+    if (fs::exists(status)) {
+        r.exists = true;
+        r.parentExists = true;
+        r.isDirectory = fs::is_directory(status);
+        r.host = FromFs(spelled);
+        return r;
+    }
     for (int i = 0; i < count; ++i) {
         const fs::path wanted = ToFs(parsed.components.at(i));
         fs::path candidate = current / wanted;
@@ -210,7 +244,8 @@ QStringList FileSystem::List(const QString& directory, const QString& patterns, 
         return {};
     struct Entry {
         std::string key;
-        std::string name;
+        std::string bytes;
+        QString name;
     };
     std::vector<Entry> entries;
     std::error_code ec;
@@ -231,16 +266,17 @@ QStringList FileSystem::List(const QString& directory, const QString& patterns, 
         const bool isDir = it->is_directory(typeError);
         if ((isDir && !wantDirs) || (!isDir && !wantFiles))
             continue;
-        if (!wildcards.Matches(QFile::decodeName(QByteArray::fromStdString(name))))
+        QString decoded = QString::fromUtf8(name.data(), qsizetype(name.size()));
+        if (!wildcards.Matches(decoded))
             continue;
-        entries.push_back({FoldedKey(name), std::move(name)});
+        entries.push_back({FoldedKey(name), std::move(name), std::move(decoded)});
     }
     std::sort(entries.begin(), entries.end(),
-              [](const Entry& a, const Entry& b) { return NameOrder(a.key, a.name, b.key, b.name); });
+              [](const Entry& a, const Entry& b) { return NameOrder(a.key, a.bytes, b.key, b.bytes); });
     QStringList names;
     names.reserve(qsizetype(entries.size()));
-    for (const Entry& e : entries)
-        names << QFile::decodeName(QByteArray::fromStdString(e.name));
+    for (Entry& e : entries)
+        names << std::move(e.name);
     return names;
 }
 

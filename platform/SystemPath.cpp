@@ -1,7 +1,5 @@
 #include "platform/SystemPath.h"
 
-#include <QRegularExpression>
-
 namespace kestrova {
 
 SystemPath SystemPath::Parse(const QString& text) {
@@ -13,7 +11,16 @@ SystemPath SystemPath::Parse(const QString& text) {
     }
     if (!rest.isEmpty() && (rest.at(0) == u'\\' || rest.at(0) == u'/'))
         path.rooted = true;
-    for (const QString& name : rest.split(QRegularExpression(QStringLiteral("[\\\\/]")), Qt::SkipEmptyParts)) {
+    QStringList names;
+    qsizetype start = 0;
+    for (qsizetype i = 0; i <= rest.size(); ++i) {
+        if (i == rest.size() || rest.at(i) == u'\\' || rest.at(i) == u'/') {
+            if (i > start)
+                names << rest.mid(start, i - start);
+            start = i + 1;
+        }
+    }
+    for (const QString& name : names) {
         if (name == QLatin1String("."))
             continue;
         if (name == QLatin1String("..") && !path.components.isEmpty() && path.components.last() != QLatin1String("..")) {

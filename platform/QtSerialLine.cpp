@@ -1,0 +1,317 @@
+#include "platform/QtSerialLine.h"
+
+#include "platform/Errors.h"
+
+#include <QDeadlineTimer>
+#include <QThread>
+
+#include <sys/ioctl.h>
+#include <termios.h>
+
+namespace kestrova {
+
+namespace {
+
+constexpr char Xon = 17;
+constexpr char Xoff = 19;
+constexpr int ModemPollMs = 50;
+
+} // namespace
+
+QtSerialLine::QtSerialLine(DeviceMap devices, QObject* parent)
+    : SerialLine(parent), m_devices(std::move(devices)), m_port(this), m_modemPoll(this) {
+    m_modemPoll.setInterval(ModemPollMs);
+    connect(&m_modemPoll, &QTimer::timeout, this, &QtSerialLine::PollModemLines);
+    connect(&m_port, &QSerialPort::readyRead, this, &QtSerialLine::OnReadyRead);
+    connect(&m_port, &QSerialPort::bytesWritten, this, &QtSerialLine::OnBytesWritten);
+    connect(&m_port, &QSerialPort::errorOccurred, this, &QtSerialLine::OnError);
+}
+
+QtSerialLine::~QtSerialLine() {
+    if (m_port.isOpen())
+        Close();
+}
+
+void QtSerialLine::SetPortOpen(bool open) {
+    if (open == m_port.isOpen())
+        return;
+    if (open)
+        Open();
+    else
+        Close();
+}
+
+void QtSerialLine::Open() {
+    const QString device = Device();
+    const QString name = PortName(CommPort());
+    if (device.isEmpty())
+        throw DeviceUnavailableError(name, QStringLiteral("no device"));
+    m_port.setPortName(device);
+    if (!m_port.open(QIODevice::ReadWrite)) {
+        const QString why = m_port.errorString();
+        m_port.clearError();
+        throw DeviceUnavailableError(name, QStringLiteral("%1: %2").arg(device, why));
+    }
+    m_lost = false;
+    m_xoff = false;
+    m_held.clear();
+    m_input.clear();
+    try {
+        ApplyFraming();
+    } catch (...) {
+        m_port.close();
+        throw;
+    }
+    ApplyFlowAndLines();
+    m_port.clear(QSerialPort::AllDirections);
+    // Modem lines are polled only where the device answers for them.
+    m_refused = false;
+    const QSerialPort::PinoutSignals pins = m_port.pinoutSignals();
+    if (!m_refused && m_port.error() == QSerialPort::NoError) {
+        m_cts = pins.testFlag(QSerialPort::ClearToSendSignal);
+        m_dsr = pins.testFlag(QSerialPort::DataSetReadySignal);
+        m_cd = pins.testFlag(QSerialPort::DataCarrierDetectSignal);
+        m_modemPoll.start();
+    } else {
+        m_port.clearError();
+        m_cts = m_dsr = m_cd = false;
+    }
+}
+
+void QtSerialLine::Close() {
+    m_modemPoll.stop();
+    Drain();
+    if (m_port.isOpen())
+        m_port.close();
+    m_input.clear();
+    m_held.clear();
+    m_xoff = false;
+}
+
+void QtSerialLine::ApplyFraming() {
+    const std::optional<LineFraming> f = ParseFraming(Settings());
+    const QString name = PortName(CommPort());
+    if (!f)
+        throw DeviceUnavailableError(name, QStringLiteral("settings \"%1\" rejected").arg(Settings()));
+    QSerialPort::Parity parity = QSerialPort::NoParity;
+    switch (f->parity) {
+    case 'E':
+        parity = QSerialPort::EvenParity;
+        break;
+    case 'O':
+        parity = QSerialPort::OddParity;
+        break;
+    case 'M':
+        parity = QSerialPort::MarkParity;
+        break;
+    case 'S':
+        parity = QSerialPort::SpaceParity;
+        break;
+    default:
+        break;
+    }
+    const auto stop = f->stopBits == 2 ? QSerialPort::TwoStop
+                      : f->stopBits == 3 ? QSerialPort::OneAndHalfStop
+                                         : QSerialPort::OneStop;
+    const bool ok = m_port.setBaudRate(f->baud) && m_port.setParity(parity) &&
+                    m_port.setDataBits(QSerialPort::DataBits(f->dataBits)) && m_port.setStopBits(stop);
+    if (!ok) {
+        const QString why = m_port.errorString();
+        m_port.clearError();
+        throw DeviceUnavailableError(name, QStringLiteral("settings \"%1\" rejected: %2").arg(Settings(), why));
+    }
+}
+
+void QtSerialLine::ApplyFlowAndLines() {
+    // XON/XOFF is done by this layer; the device only ever does RTS/CTS.
+    m_port.setFlowControl((Handshaking() & 2) ? QSerialPort::HardwareControl : QSerialPort::NoFlowControl);
+    m_port.setDataTerminalReady(DTREnable());
+    if (!(Handshaking() & 2))
+        m_port.setRequestToSend(RTSEnable());
+    // Pseudo-terminals refuse the line requests (OnError notes it); nothing depends on them there.
+}
+
+void QtSerialLine::PropertyChanged(const char* name) {
+    if (!m_port.isOpen())
+        return;
+    const QByteArray which(name);
+    if (which == "Settings")
+        ApplyFraming();
+    else if (which == "Handshaking" || which == "DTREnable" || which == "RTSEnable")
+        ApplyFlowAndLines();
+    if (which == "RThreshold" && RThreshold() > 0 && m_input.size() >= RThreshold())
+        Q_EMIT Comm(CommEvent::Receive);
+}
+
+void QtSerialLine::SetInBufferCount(int count) {
+    if (count == 0) {
+        m_input.clear();
+        if (m_port.isOpen())
+            m_port.clear(QSerialPort::Input);
+    }
+}
+
+void QtSerialLine::SetOutBufferCount(int count) {
+    if (count == 0) {
+        m_held.clear();
+        if (m_port.isOpen())
+            m_port.clear(QSerialPort::Output);
+    }
+}
+
+int QtSerialLine::KernelOutputCount() const {
+    if (!m_port.isOpen())
+        return 0;
+    int queued = 0;
+    if (::ioctl(int(m_port.handle()), TIOCOUTQ, &queued) != 0)
+        return 0;
+    return queued;
+}
+
+int QtSerialLine::OutBufferCount() const {
+    if (!m_port.isOpen())
+        return 0;
+    return int(m_held.size() + m_port.bytesToWrite()) + KernelOutputCount();
+}
+
+QString QtSerialLine::Input() {
+    const qsizetype take = InputLen() > 0 ? qMin<qsizetype>(InputLen(), m_input.size()) : m_input.size();
+    const QString text = QString::fromLatin1(m_input.left(take));
+    m_input.remove(0, take);
+    return text;
+}
+
+void QtSerialLine::Output(const QString& text) {
+    if (!m_port.isOpen())
+        throw DeviceUnavailableError(PortName(CommPort()), QStringLiteral("port is closed"));
+    const QByteArray bytes = text.toLatin1();
+    if (m_xoff) {
+        m_held += bytes;
+        return;
+    }
+    m_port.write(bytes);
+}
+
+void QtSerialLine::Drain() {
+    if (!m_port.isOpen() || m_lost)
+        return;
+    // Bytes held back by an XOFF are sent only when the far end allows; a drain does not wait
+    // for that. What is queued gets as long as the line needs for it, and two seconds more.
+    const std::optional<LineFraming> f = ParseFraming(Settings());
+    const int baud = f ? f->baud : 9600;
+    const qint64 pending = m_port.bytesToWrite() + KernelOutputCount();
+    QDeadlineTimer deadline(2000 + pending * 11 * 1000 / qMax(baud, 1));
+    while (m_port.isOpen() && m_port.bytesToWrite() > 0 && !deadline.hasExpired())
+        m_port.waitForBytesWritten(int(qMax<qint64>(1, deadline.remainingTime())));
+    if (!m_port.isOpen())
+        return;
+    // The kernel's own queue: ask it to drain, without letting a stuck line hold us for long.
+    while (KernelOutputCount() > 0 && !deadline.hasExpired())
+        QThread::msleep(5);
+}
+
+void QtSerialLine::OnReadyRead() {
+    if (m_lost)
+        return;
+    QByteArray data = m_port.readAll();
+    if (Handshaking() & 1) {
+        bool changed = false;
+        for (char c : data) {
+            if (c == Xoff) {
+                m_xoff = true;
+                changed = true;
+            } else if (c == Xon) {
+                m_xoff = false;
+                changed = true;
+            }
+        }
+        if (changed) {
+            data.removeIf([](char c) { return c == Xon || c == Xoff; });
+            if (!m_xoff && !m_held.isEmpty()) {
+                m_port.write(m_held);
+                m_held.clear();
+            }
+        }
+    }
+    if (NullDiscard())
+        data.removeIf([](char c) { return c == '\0'; });
+    if (data.isEmpty())
+        return;
+    m_input += data;
+    if (RThreshold() > 0 && m_input.size() >= RThreshold())
+        Q_EMIT Comm(CommEvent::Receive);
+}
+
+void QtSerialLine::OnBytesWritten() {
+    if (SThreshold() > 0 && OutBufferCount() < SThreshold())
+        Q_EMIT Comm(CommEvent::Send);
+}
+
+void QtSerialLine::OnError(QSerialPort::SerialPortError error) {
+    switch (error) {
+    case QSerialPort::NoError:
+        return;
+    case QSerialPort::UnsupportedOperationError:
+        // Modem-line and line requests that pseudo-terminals refuse.
+        m_refused = true;
+        m_port.clearError();
+        return;
+    case QSerialPort::ResourceError:
+        Lose(QStringLiteral("the line hung up or the device was removed"));
+        return;
+    case QSerialPort::ReadError:
+        Lose(QStringLiteral("read error"));
+        return;
+    case QSerialPort::WriteError:
+        Lose(QStringLiteral("write error"));
+        return;
+    case QSerialPort::DeviceNotFoundError:
+        Lose(QStringLiteral("the device was removed"));
+        return;
+    default:
+        // Errors of open() and of the set-up are raised where they happen.
+        return;
+    }
+}
+
+void QtSerialLine::Lose(const QString& reason) {
+    if (m_lost || !m_port.isOpen())
+        return;
+    m_lost = true;
+    m_modemPoll.stop();
+    m_port.close();
+    m_port.clearError();
+    m_input.clear();
+    m_held.clear();
+    m_xoff = false;
+    Q_EMIT LineLost(DeviceIoError(PortName(CommPort()), reason).text());
+}
+
+void QtSerialLine::PollModemLines() {
+    if (!m_port.isOpen())
+        return;
+    m_refused = false;
+    const QSerialPort::PinoutSignals pins = m_port.pinoutSignals();
+    if (m_refused || m_port.error() != QSerialPort::NoError) {
+        m_port.clearError();
+        m_modemPoll.stop();
+        return;
+    }
+    const bool cts = pins.testFlag(QSerialPort::ClearToSendSignal);
+    const bool dsr = pins.testFlag(QSerialPort::DataSetReadySignal);
+    const bool cd = pins.testFlag(QSerialPort::DataCarrierDetectSignal);
+    if (cts != m_cts) {
+        m_cts = cts;
+        Q_EMIT Comm(CommEvent::CtsChange);
+    }
+    if (dsr != m_dsr) {
+        m_dsr = dsr;
+        Q_EMIT Comm(CommEvent::DsrChange);
+    }
+    if (cd != m_cd) {
+        m_cd = cd;
+        Q_EMIT Comm(CommEvent::CdChange);
+    }
+}
+
+} // namespace kestrova

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "platform/DeviceMap.h"
+#include "platform/SerialLine.h"
+
+#include <QByteArray>
+#include <QSerialPort>
+#include <QTimer>
+
+namespace kestrova {
+
+// A serial line on a host device: port n is the device map's COMn.
+//
+// - Received characters are moved into the line's own input buffer as they arrive; NullDiscard
+//   drops NULs there, and the receive event is raised while RThreshold or more wait.
+// - With XON/XOFF in the handshaking, the line does the flow control itself (many USB adapters
+//   ignore it in their drivers): an XOFF received holds the output back until an XON, and
+//   neither reaches the input buffer. RTS/CTS is left to the device.
+// - OutBufferCount counts what is held back, what Qt still queues and what the kernel still
+//   holds (TIOCOUTQ). Closing waits, within a bound that the baud rate sets, until all of it
+//   has left, so that the last characters are not cut off.
+// - CTS, DSR and CD are polled while the port is open where the device reports them;
+//   pseudo-terminals refuse modem-line requests, and that refusal is harmless.
+// - The first hang-up, read error or removed device closes the port and raises LineLost once.
+//   (On a pseudo-terminal whose far end closed, QSerialPort would otherwise repeat ReadError
+//   for as long as the port stays open.)
+// - Breaks and time-outs are not reported by QSerialPort on this host; the events exist for
+//   lines that can report them.
+class QtSerialLine final : public SerialLine {
+    Q_OBJECT
+public:
+    explicit QtSerialLine(DeviceMap devices, QObject* parent = nullptr);
+    ~QtSerialLine() override;
+
+    void SetPortOpen(bool open) override;
+    [[nodiscard]] bool PortOpen() const override { return m_port.isOpen(); }
+    [[nodiscard]] int InBufferCount() const override { return int(m_input.size()); }
+    void SetInBufferCount(int count) override;
+    [[nodiscard]] int OutBufferCount() const override;
+    void SetOutBufferCount(int count) override;
+    [[nodiscard]] QString Input() override;
+    void Output(const QString& text) override;
+    [[nodiscard]] bool CTSHolding() const override { return m_cts; }
+    [[nodiscard]] bool DSRHolding() const override { return m_dsr; }
+
+    // The host device the current CommPort stands for.
+    [[nodiscard]] QString Device() const { return m_devices.PortDevice(CommPort()); }
+
+protected:
+    void PropertyChanged(const char* name) override;
+
+private:
+    void Open();
+    void Close();
+    void ApplyFraming();
+    void ApplyFlowAndLines();
+    void Drain();
+    void OnReadyRead();
+    void OnBytesWritten();
+    void OnError(QSerialPort::SerialPortError error);
+    void PollModemLines();
+    void Lose(const QString& reason);
+    [[nodiscard]] int KernelOutputCount() const;
+
+    DeviceMap m_devices;
+    QSerialPort m_port;
+    QTimer m_modemPoll;
+    QByteArray m_input;
+    QByteArray m_held; // output held back by an XOFF
+    bool m_xoff = false;
+    bool m_cts = false;
+    bool m_dsr = false;
+    bool m_cd = false;
+    bool m_lost = false;
+    bool m_refused = false; // the device refused a modem-line request
+};
+
+} // namespace kestrova

@@ -1,0 +1,90 @@
+#include "platform/SerialLine.h"
+
+#include "platform/Errors.h"
+
+#include <QStringList>
+
+namespace kestrova {
+
+std::optional<LineFraming> ParseFraming(const QString& settings) {
+    const QStringList parts = settings.split(u',');
+    if (parts.size() != 4)
+        return std::nullopt;
+    LineFraming f;
+    bool ok = false;
+    f.baud = parts.at(0).trimmed().toInt(&ok);
+    if (!ok || f.baud <= 0)
+        return std::nullopt;
+    const QString parity = parts.at(1).trimmed().toUpper();
+    if (parity.size() != 1 || !QStringLiteral("NEOMS").contains(parity))
+        return std::nullopt;
+    f.parity = char(parity.at(0).unicode());
+    f.dataBits = parts.at(2).trimmed().toInt(&ok);
+    if (!ok || f.dataBits < 5 || f.dataBits > 8)
+        return std::nullopt;
+    const QString stop = parts.at(3).trimmed();
+    if (stop == QLatin1String("1"))
+        f.stopBits = 1;
+    else if (stop == QLatin1String("2"))
+        f.stopBits = 2;
+    else if (stop == QLatin1String("1.5"))
+        f.stopBits = 3;
+    else
+        return std::nullopt;
+    return f;
+}
+
+QString PortName(int port) { return QStringLiteral("COM%1").arg(port); }
+
+void SerialLine::SetCommPort(int port) {
+    if (port < 1 || port > 255)
+        throw DeviceUnavailableError(PortName(port), QStringLiteral("no such port"));
+    m_commPort = port;
+    PropertyChanged("CommPort");
+}
+
+void SerialLine::SetSettings(const QString& settings) {
+    if (!ParseFraming(settings))
+        throw DeviceUnavailableError(PortName(m_commPort), QStringLiteral("settings \"%1\" rejected").arg(settings));
+    m_settings = settings;
+    PropertyChanged("Settings");
+}
+
+void SerialLine::SetHandshaking(int code) {
+    if (code < 0 || code > 3)
+        throw DeviceUnavailableError(PortName(m_commPort), QStringLiteral("handshaking %1 rejected").arg(code));
+    m_handshaking = code;
+    PropertyChanged("Handshaking");
+}
+
+void SerialLine::SetDTREnable(bool on) {
+    m_dtrEnable = on;
+    PropertyChanged("DTREnable");
+}
+
+void SerialLine::SetRTSEnable(bool on) {
+    m_rtsEnable = on;
+    PropertyChanged("RTSEnable");
+}
+
+void SerialLine::SetRThreshold(int count) {
+    m_rThreshold = qMax(0, count);
+    PropertyChanged("RThreshold");
+}
+
+void SerialLine::SetSThreshold(int count) {
+    m_sThreshold = qMax(0, count);
+    PropertyChanged("SThreshold");
+}
+
+void SerialLine::SetInputLen(int count) {
+    m_inputLen = qMax(0, count);
+    PropertyChanged("InputLen");
+}
+
+void SerialLine::SetNullDiscard(bool on) {
+    m_nullDiscard = on;
+    PropertyChanged("NullDiscard");
+}
+
+} // namespace kestrova

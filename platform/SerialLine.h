@@ -1,0 +1,119 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+#include <optional>
+
+namespace kestrova {
+
+// The events of a serial line, numbered as the communication code has always numbered them.
+enum class CommEvent : int {
+    Send = 1,       // fewer than SThreshold characters wait in the output buffer
+    Receive = 2,    // at least RThreshold characters wait in the input buffer
+    CtsChange = 3,  // the CTS line changed
+    DsrChange = 4,  // the DSR line changed
+    CdChange = 5,   // the carrier-detect line changed
+    Break = 1001,   // a break was received
+    CdTimeOut = 1002,
+    CtsTimeOut = 1003,
+};
+
+// The framing of a settings string such as "9600,E,7,2".
+struct LineFraming {
+    int baud = 9600;
+    char parity = 'N'; // N, E, O, M or S
+    int dataBits = 8;  // 5..8
+    int stopBits = 1;  // 1, 2, or 3 for one and a half
+};
+
+// The framing a settings string stands for; nothing when the line would reject it.
+[[nodiscard]] std::optional<LineFraming> ParseFraming(const QString& settings);
+
+// The name of port n in messages: "COM2".
+[[nodiscard]] QString PortName(int port);
+
+// One serial line as the communication code drives it: properties set before the port is
+// opened, characters taken from the input buffer and put into the output buffer, and events
+// raised on the user-interface thread. The line with a real device behind it and the scripted
+// line of the tests both implement it, so every transfer can run against either.
+//
+// Errors: setting a framing the line rejects, or opening a port that is missing or in use,
+// raises a SystemError naming the port. A line that hangs up, fails to read or loses its
+// device while open is closed at once and reports it once with LineLost.
+class SerialLine : public QObject {
+    Q_OBJECT
+public:
+    explicit SerialLine(QObject* parent = nullptr) : QObject(parent) {}
+    ~SerialLine() override = default;
+
+    // --- Set-up, kept until changed ----------------------------------------------------------
+    void SetCommPort(int port);
+    [[nodiscard]] int CommPort() const { return m_commPort; }
+    void SetSettings(const QString& settings); // rejected framing: DeviceUnavailable
+    [[nodiscard]] const QString& Settings() const { return m_settings; }
+    // 0 none, 1 XON/XOFF, 2 RTS/CTS, 3 both.
+    void SetHandshaking(int code);
+    [[nodiscard]] int Handshaking() const { return m_handshaking; }
+    void SetDTREnable(bool on);
+    [[nodiscard]] bool DTREnable() const { return m_dtrEnable; }
+    void SetRTSEnable(bool on);
+    [[nodiscard]] bool RTSEnable() const { return m_rtsEnable; }
+    // 0 raises no receive event; n raises one whenever n or more characters wait.
+    void SetRThreshold(int count);
+    [[nodiscard]] int RThreshold() const { return m_rThreshold; }
+    // 0 raises no send event; n raises one when fewer than n characters wait to go out.
+    void SetSThreshold(int count);
+    [[nodiscard]] int SThreshold() const { return m_sThreshold; }
+    // How many characters Input takes at most; 0 takes all.
+    void SetInputLen(int count);
+    [[nodiscard]] int InputLen() const { return m_inputLen; }
+    // NUL characters received are dropped before they reach the input buffer.
+    void SetNullDiscard(bool on);
+    [[nodiscard]] bool NullDiscard() const { return m_nullDiscard; }
+
+    // --- The port ------------------------------------------------------------------------------
+    // Opening applies the set-up; closing first lets everything written leave the line.
+    virtual void SetPortOpen(bool open) = 0;
+    [[nodiscard]] virtual bool PortOpen() const = 0;
+
+    // --- Buffers ---------------------------------------------------------------------------------
+    [[nodiscard]] virtual int InBufferCount() const = 0;
+    // Only 0 is meaningful: it discards what waits.
+    virtual void SetInBufferCount(int count) = 0;
+    // What the program has queued and the device still holds.
+    [[nodiscard]] virtual int OutBufferCount() const = 0;
+    virtual void SetOutBufferCount(int count) = 0;
+    // Takes up to InputLen characters (all when 0) from the input buffer, one byte per QChar.
+    [[nodiscard]] virtual QString Input() = 0;
+    // Queues characters (one byte per QChar) for sending.
+    virtual void Output(const QString& text) = 0;
+
+    // --- Modem lines, where the device reports them ----------------------------------------------
+    [[nodiscard]] virtual bool CTSHolding() const = 0;
+    [[nodiscard]] virtual bool DSRHolding() const = 0;
+
+Q_SIGNALS:
+    // The line's event, on the user-interface thread.
+    void Comm(kestrova::CommEvent event);
+    // The line hung up, failed or lost its device: the port is already closed. Raised once per
+    // opening; the text names the port and the reason, ready for the operator.
+    void LineLost(const QString& message);
+
+protected:
+    // Called after a set-up property changed, so that an open port can take the new value.
+    virtual void PropertyChanged(const char* name) { Q_UNUSED(name); }
+
+private:
+    int m_commPort = 1;
+    QString m_settings = QStringLiteral("9600,N,8,1");
+    int m_handshaking = 0;
+    bool m_dtrEnable = false;
+    bool m_rtsEnable = false;
+    int m_rThreshold = 0;
+    int m_sThreshold = 0;
+    int m_inputLen = 0;
+    bool m_nullDiscard = false;
+};
+
+} // namespace kestrova
