@@ -14,6 +14,8 @@
 
 #ifndef _WIN32
 #include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
 #endif
 
 namespace kestrova {
@@ -248,29 +250,48 @@ QStringList FileSystem::List(const QString& directory, const QString& patterns, 
         QString name;
     };
     std::vector<Entry> entries;
+    const bool wantFiles = int(kinds) & int(EntryKinds::Files);
+    const bool wantDirs = int(kinds) & int(EntryKinds::Directories);
+    const auto consider = [&](std::string name, bool isDir) {
+        // Names starting with a dot are the host's hidden files (and this layer's own
+        // half-written copies): the system never lists them.
+        if (name.empty() || name[0] == '.')
+            return;
+        if ((isDir && !wantDirs) || (!isDir && !wantFiles))
+            return;
+        QString decoded = QString::fromUtf8(name.data(), qsizetype(name.size()));
+        if (!wildcards.Matches(decoded))
+            return;
+        std::string key = FoldedKey(name);
+        entries.push_back({std::move(key), std::move(name), std::move(decoded)});
+    };
+#ifndef _WIN32
+    // Straight from the directory stream: data directories hold thousands of programs.
+    DIR* stream = ::opendir(ToFs(r.host).c_str());
+    if (!stream)
+        return {};
+    const int dirFd = ::dirfd(stream);
+    while (const dirent* entry = ::readdir(stream)) {
+        bool isDir = entry->d_type == DT_DIR;
+        if (entry->d_type == DT_UNKNOWN || entry->d_type == DT_LNK) {
+            struct stat info {};
+            isDir = ::fstatat(dirFd, entry->d_name, &info, 0) == 0 && S_ISDIR(info.st_mode);
+        }
+        consider(std::string(entry->d_name), isDir);
+    }
+    ::closedir(stream);
+#else
     std::error_code ec;
     fs::directory_iterator it(ToFs(r.host), ec);
     if (ec)
         return {};
-    const bool wantFiles = int(kinds) & int(EntryKinds::Files);
-    const bool wantDirs = int(kinds) & int(EntryKinds::Directories);
     for (const fs::directory_iterator end; it != end; it.increment(ec)) {
         if (ec)
             break;
-        std::string name = it->path().filename().string();
-        // Names starting with a dot are the host's hidden files (and this layer's own
-        // half-written copies): the system never lists them.
-        if (name.empty() || name[0] == '.')
-            continue;
         std::error_code typeError;
-        const bool isDir = it->is_directory(typeError);
-        if ((isDir && !wantDirs) || (!isDir && !wantFiles))
-            continue;
-        QString decoded = QString::fromUtf8(name.data(), qsizetype(name.size()));
-        if (!wildcards.Matches(decoded))
-            continue;
-        entries.push_back({FoldedKey(name), std::move(name), std::move(decoded)});
+        consider(it->path().filename().string(), it->is_directory(typeError));
     }
+#endif
     std::sort(entries.begin(), entries.end(),
               [](const Entry& a, const Entry& b) { return NameOrder(a.key, a.bytes, b.key, b.bytes); });
     QStringList names;
