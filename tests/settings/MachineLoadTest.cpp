@@ -189,3 +189,16 @@ TEST(MachineType, PlainSubstringTestsOnControlTypeAndDescription) {
     SetMachineType(g, QStringLiteral("Kestrova"), QStringLiteral("Terminal"));
     EXPECT_FALSE(g.TerminalMode) << "both words belong to the control type";
 }
+
+TEST(MachineLoad, ReloadSaysWhenTheMachineChanged) {
+    InstallationFixture fx;
+    fx.Load();
+    EXPECT_FALSE(ReloadEnvironment(fx.session()));
+    // A package chose another machine and directory and rewrote "Kestrova.cfg".
+    fx.WriteLines(QStringLiteral("C:\\Kestrova\\Kestrova.cfg"),
+                  {"C:\\Kestrova", "C:\\Kestrova\\Setup", "C:\\Jobs", "3", "Kestrova", "******"});
+    EXPECT_TRUE(ReloadEnvironment(fx.session()));
+    EXPECT_EQ(fx.Settings().MachineDescription, QStringLiteral("Laser 3030 Terminal"));
+    EXPECT_EQ(fx.Settings().CurrentPath, QStringLiteral("C:\\Jobs\\LASER\\Kestrova\\"));
+    EXPECT_TRUE(fx.Settings().TerminalMode);
+}
