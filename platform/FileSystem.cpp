@@ -462,6 +462,11 @@ void FileSystem::MakeDirectory(const QString& p) {
         ThrowFromErrno(ec.value(), r);
 }
 
+void FileSystem::MakeDirectoryIfMissing(const QString& p) {
+    if (!Exists(p))
+        MakeDirectory(p);
+}
+
 void FileSystem::RemoveDirectory(const QString& p) {
     const Resolved r = Resolve(p);
     if (!r.exists || !r.isDirectory) {

@@ -66,6 +66,8 @@ public:
     // Renames a file or directory; the new name must not exist yet.
     void Rename(const QString& from, const QString& to);
     void MakeDirectory(const QString& p);
+    // The seeding of an installation's directories: makes p unless something of that name is there.
+    void MakeDirectoryIfMissing(const QString& p);
     void RemoveDirectory(const QString& p);
     void ChangeDrive(const QString& drive);
     void ChangeDirectory(const QString& p);

@@ -10,11 +10,6 @@ namespace kestrova {
 
 namespace {
 
-void MakeDirectoryIfMissing(FileSystem& files, const QString& path) {
-    if (!files.Exists(path))
-        files.MakeDirectory(path);
-}
-
 // The first run keeps the delivered data files as the defaults that "Restore Defaults" brings back.
 void SeedDefaultDataFiles(Session& session) {
     const GlobalSettings& g = session.settings;
@@ -58,7 +53,7 @@ void FindManuals(Session& session, const QStringList& pdfSearchDirs) {
         WriteSettingsFile(files, manualsCfg, {g.ManualsPath});
     }
     if (!g.ManualsPath.isEmpty()) {
-        MakeDirectoryIfMissing(files, g.ManualsPath.chopped(1));
+        files.MakeDirectoryIfMissing(g.ManualsPath.chopped(1));
         if (files.List(g.ManualsPath, QStringLiteral("*.pdf"), EntryKinds::Files).isEmpty())
             g.ManualsPath.clear();
     }
@@ -102,11 +97,11 @@ void LoadEnvironment(Session& session, const QStringList& pdfSearchDirs) {
     SeedDefaultDataFiles(session);
 
     if (g.CamPackagesPresent) {
-        MakeDirectoryIfMissing(files, g.SetupPath + QStringLiteral("Blocks"));
-        MakeDirectoryIfMissing(files, g.SetupPath + QStringLiteral("Material"));
+        files.MakeDirectoryIfMissing(g.SetupPath + QStringLiteral("Blocks"));
+        files.MakeDirectoryIfMissing(g.SetupPath + QStringLiteral("Material"));
         if (g.ReversePresent)
-            MakeDirectoryIfMissing(files, g.SetupPath + QStringLiteral("RevSubs"));
-        MakeDirectoryIfMissing(files, g.SystemPath + QStringLiteral("Undo"));
+            files.MakeDirectoryIfMissing(g.SetupPath + QStringLiteral("RevSubs"));
+        files.MakeDirectoryIfMissing(g.SystemPath + QStringLiteral("Undo"));
     }
 
     g.RestoreStem = g.SystemPath + QStringLiteral("Undo\\Restore.");

@@ -13,11 +13,6 @@ namespace kestrova {
 
 namespace {
 
-void MakeDirectoryIfMissing(FileSystem& files, const QString& path) {
-    if (!files.Exists(path))
-        files.MakeDirectory(path);
-}
-
 void ClearMachine(GlobalSettings& g) {
     g.MachineDescription.clear();
     g.MachineFileName.clear();
@@ -78,22 +73,22 @@ void ReadMachineOptions(Session& session) {
     const QString machine = g.MachineDir;
     if (g.PunchingMachine) {
         for (const char* tree : {"Tools", "Turrets", "Profiles"}) {
-            MakeDirectoryIfMissing(files, setup + QLatin1String(tree));
-            MakeDirectoryIfMissing(files, setup + QLatin1String(tree) + u'\\' + machine);
+            files.MakeDirectoryIfMissing(setup + QLatin1String(tree));
+            files.MakeDirectoryIfMissing(setup + QLatin1String(tree) + u'\\' + machine);
         }
         g.ProfilesPath = setup + QStringLiteral("Profiles\\") + machine + u'\\';
     }
     g.ShapesPath = setup + QStringLiteral("Shapes\\") + machine + u'\\';
-    MakeDirectoryIfMissing(files, setup + QStringLiteral("Shapes"));
-    MakeDirectoryIfMissing(files, g.ShapesPath.chopped(1));
+    files.MakeDirectoryIfMissing(setup + QStringLiteral("Shapes"));
+    files.MakeDirectoryIfMissing(g.ShapesPath.chopped(1));
     for (const char* shape : {"Circle", "Single-D", "Double-D", "Obround", "Rad-Rect", "Rectangle"}) {
         const QString dir = g.ShapesPath + QLatin1String(shape);
-        MakeDirectoryIfMissing(files, dir);
-        MakeDirectoryIfMissing(files, dir + QStringLiteral("\\Inside"));
-        MakeDirectoryIfMissing(files, dir + QStringLiteral("\\Outside"));
+        files.MakeDirectoryIfMissing(dir);
+        files.MakeDirectoryIfMissing(dir + QStringLiteral("\\Inside"));
+        files.MakeDirectoryIfMissing(dir + QStringLiteral("\\Outside"));
     }
-    MakeDirectoryIfMissing(files, g.ShapesPath + QStringLiteral("Custom"));
-    MakeDirectoryIfMissing(files, g.ShapesPath + QStringLiteral("Undefined"));
+    files.MakeDirectoryIfMissing(g.ShapesPath + QStringLiteral("Custom"));
+    files.MakeDirectoryIfMissing(g.ShapesPath + QStringLiteral("Undefined"));
     // The station ("stn") and turret ("trt") tables are the packages' own; nothing here reads them.
 }
 
@@ -132,7 +127,7 @@ void LoadMachine(Session& session, Int16 machineNumber, const QString& directory
     if (!g.CamPackagesPresent) {
         g.PrmEnabled = false;
     } else {
-        MakeDirectoryIfMissing(files, g.MaterialPath.chopped(1));
+        files.MakeDirectoryIfMissing(g.MaterialPath.chopped(1));
         SeedStockList(session);
         ReadMachineOptions(session);
     }
