@@ -19,7 +19,7 @@ struct MachineRecord {
 
 // The file a picker form handed back.
 struct SearchResultRecord {
-    Int16 flag;        // -1 when the operator chose an entry
+    Int16 flag;         // -1 when the operator chose an entry
     QString machineDir; // the machine directory searched
     QString name;       // without extension
     QString directory;  // the data directory that holds it

@@ -4,11 +4,9 @@
 #include "InstallationFixture.h"
 #include "filestore/Listings.h"
 
-#include <benchmark/benchmark.h>
-
 #include <QDir>
 #include <QFile>
-
+#include <benchmark/benchmark.h>
 #include <cstdio>
 #include <fcntl.h>
 #include <map>
@@ -36,7 +34,8 @@ InstallationFixture& Installation() {
         const QString big = f->Host(QStringLiteral("C:\\Jobs\\PUNCH1\\Big"));
         QDir().mkpath(big);
         for (int i = 0; i < ProgramCount; ++i) {
-            static const char* const shapes[] = {"PART%05d.prg", "part%05d.PRG", "Part%05d.Prg", "pArT%05d.pRg"};
+            static const char* const shapes[] = {"PART%05d.prg", "part%05d.PRG", "Part%05d.Prg",
+                                                 "pArT%05d.pRg"};
             QFile file(big + u'/' + QString::asprintf(shapes[i % 4], i));
             if (!file.open(QIODevice::WriteOnly))
                 std::abort();
@@ -78,8 +77,8 @@ void FillFileListOf20000(benchmark::State& state) {
     InstallationFixture& fx = Installation();
     ListModel list;
     for (auto _ : state) {
-        FillFileList(fx.session(), list, QStringLiteral("PUNCH1"), QStringLiteral("Big"), QString(), Selection::First,
-                     2, QString());
+        FillFileList(fx.session(), list, QStringLiteral("PUNCH1"), QStringLiteral("Big"), QString(),
+                     Selection::First, 2, QString());
         benchmark::DoNotOptimize(list.entries.size());
     }
     if (list.Count() != ProgramCount)
@@ -88,7 +87,8 @@ void FillFileListOf20000(benchmark::State& state) {
 BENCHMARK(FillFileListOf20000)->Unit(benchmark::kMillisecond);
 
 void BaselineStatExact(benchmark::State& state) {
-    const std::string path = Installation().Host(QStringLiteral("C:\\Alpha\\Beta\\Gamma\\Delta.prg")).toStdString();
+    const std::string path =
+        Installation().Host(QStringLiteral("C:\\Alpha\\Beta\\Gamma\\Delta.prg")).toStdString();
     struct stat info {};
     for (auto _ : state)
         benchmark::DoNotOptimize(::stat(path.c_str(), &info));
@@ -120,12 +120,14 @@ public:
         ConsoleReporter::ReportRuns(runs);
         for (const Run& run : runs)
             if (!run.error_occurred && run.run_type == Run::RT_Iteration)
-                times[run.benchmark_name()] = run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit);
+                times[run.benchmark_name()] =
+                    run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit);
     }
     std::map<std::string, double> times; // seconds
 };
 
-void PrintRatio(const RatioReporter& r, const char* what, const char* name, const char* baseline, double goal) {
+void PrintRatio(const RatioReporter& r, const char* what, const char* name, const char* baseline,
+                double goal) {
     const auto a = r.times.find(name), b = r.times.find(baseline);
     if (a == r.times.end() || b == r.times.end())
         return;
@@ -141,7 +143,8 @@ int main(int argc, char** argv) {
     RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     std::printf("\nRatios against the baselines of this run:\n");
-    PrintRatio(reporter, "FillFileList of 20,000 programs / ls -f (goal 3x)", "FillFileListOf20000", "BaselineLsF", 3.0);
+    PrintRatio(reporter, "FillFileList of 20,000 programs / ls -f (goal 3x)", "FillFileListOf20000",
+               "BaselineLsF", 3.0);
     PrintRatio(reporter, "Lookup 4 levels deep, case differs / stat of exact path", "LookupIgnoringCase",
                "BaselineStatExact", 0);
     PrintRatio(reporter, "Lookup 4 levels deep, exact case / stat of exact path", "LookupExactCase",

@@ -7,8 +7,12 @@ namespace {
 constexpr int Backspace = 8;
 constexpr int Enter = 13;
 
-bool IsDigit(int c) { return c >= '0' && c <= '9'; }
-bool IsLetter(int c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
+bool IsDigit(int c) {
+    return c >= '0' && c <= '9';
+}
+bool IsLetter(int c) {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+}
 bool In(int c, const char* set) {
     for (const char* p = set; *p; ++p)
         if (c == static_cast<unsigned char>(*p))
@@ -21,7 +25,7 @@ struct Rule {
     bool nameSet = false;   // letters, digits, name punctuation and a blank not in first place
     const char* extra = ""; // further characters accepted
     bool letters = false;
-    int limit = 0;          // 0: none
+    int limit = 0; // 0: none
 };
 
 Rule RuleFor(int mode) {

@@ -8,7 +8,9 @@ namespace {
 
 const QString Exsubs = QStringLiteral("EXSUBS");
 
-bool SameName(const QString& a, const QString& b) { return a.compare(b, Qt::CaseInsensitive) == 0; }
+bool SameName(const QString& a, const QString& b) {
+    return a.compare(b, Qt::CaseInsensitive) == 0;
+}
 
 void ApplySelection(ListModel& list, Selection selection, int remembered) {
     switch (selection) {
@@ -26,8 +28,8 @@ void ApplySelection(ListModel& list, Selection selection, int remembered) {
 
 } // namespace
 
-void FillDirectoryList(Session& session, ListModel& list, const QString& machineDir, const QString& currentName,
-                       bool withDrives, bool keepCurrent, Selection selection) {
+void FillDirectoryList(Session& session, ListModel& list, const QString& machineDir,
+                       const QString& currentName, bool withDrives, bool keepCurrent, Selection selection) {
     const GlobalSettings& g = session.settings;
     FileSystem& files = session.files;
     list.Clear();

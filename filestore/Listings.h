@@ -13,8 +13,8 @@ enum class Selection { None = 0, First = 1, Named = 2 };
 // name is listed only when keepCurrent is set. withDrives appends "A: [Floppy Disk]" and
 // "B: [Floppy Disk]" where mapped, then every removable drive but the system's own as
 // "E: [Removable Drive]", and leaves the program directory current.
-void FillDirectoryList(Session& session, ListModel& list, const QString& machineDir, const QString& currentName,
-                       bool withDrives, bool keepCurrent, Selection selection);
+void FillDirectoryList(Session& session, ListModel& list, const QString& machineDir,
+                       const QString& currentName, bool withDrives, bool keepCurrent, Selection selection);
 
 // The drawings and/or programs of a data directory as bare names in name order. type 1
 // drawings, 2 programs, 3 both (a drawing and a program of one name give one line); any other

@@ -52,6 +52,8 @@ QString LastComponent(const QString& path) {
     return trimmed.mid(cut + 1);
 }
 
-QString NumberText(long long number) { return QString::number(number); }
+QString NumberText(long long number) {
+    return QString::number(number);
+}
 
 } // namespace kestrova

@@ -4,7 +4,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
-
 #include <cstdio>
 
 namespace kestrova {
@@ -21,7 +20,8 @@ QString CleanHostRoot(const QString& hostPath, const QString& baseHostDir) {
 DeviceMap::DeviceMap() {
 #ifdef _WIN32
     for (char c = 'A'; c <= 'Z'; ++c)
-        m_drives.insert(QChar(c), DriveMapping{QChar(c), DriveKind::Fixed, QStringLiteral("%1:/").arg(QChar(c))});
+        m_drives.insert(QChar(c),
+                        DriveMapping{QChar(c), DriveKind::Fixed, QStringLiteral("%1:/").arg(QChar(c))});
 #else
     m_drives.insert(QChar('Z'), DriveMapping{QChar('Z'), DriveKind::Fixed, QStringLiteral("/")});
 #endif
@@ -39,7 +39,8 @@ DeviceMap DeviceMap::Load(const QString& startHostDir) {
     QFile f(file);
     if (!f.open(QIODevice::ReadOnly)) {
         DeviceMap map;
-        map.m_warnings << QStringLiteral("%1: cannot be read (%2); using the default devices").arg(file, f.errorString());
+        map.m_warnings << QStringLiteral("%1: cannot be read (%2); using the default devices")
+                              .arg(file, f.errorString());
         std::fprintf(stderr, "kestrova: %s\n", qPrintable(map.m_warnings.last()));
         return map;
     }
@@ -61,7 +62,8 @@ DeviceMap DeviceMap::Parse(const QByteArray& text, const QString& baseHostDir, c
         if (line.isEmpty())
             continue;
         const auto warn = [&](const QString& reason) {
-            map.m_warnings << QStringLiteral("%1, line %2: %3: \"%4\"").arg(sourceName).arg(number).arg(reason, line);
+            map.m_warnings
+                << QStringLiteral("%1, line %2: %3: \"%4\"").arg(sourceName).arg(number).arg(reason, line);
             std::fprintf(stderr, "kestrova: %s (line skipped)\n", qPrintable(map.m_warnings.last()));
         };
         const QStringList words = line.split(QRegularExpression(QStringLiteral("\\s+")));
@@ -79,7 +81,8 @@ DeviceMap DeviceMap::Parse(const QByteArray& text, const QString& baseHostDir, c
                 warn(QStringLiteral("a drive is \"fixed\" or \"removable\""));
                 continue;
             }
-            map.SetDrive(drive.captured(1).at(0), kind == QLatin1String("fixed") ? DriveKind::Fixed : DriveKind::Removable,
+            map.SetDrive(drive.captured(1).at(0),
+                         kind == QLatin1String("fixed") ? DriveKind::Fixed : DriveKind::Removable,
                          CleanHostRoot(hostPath, baseHostDir));
         } else if (const auto port = portPattern.match(device); port.hasMatch()) {
             if (kind != QLatin1String("port")) {
@@ -101,7 +104,9 @@ std::optional<DriveMapping> DeviceMap::Drive(QChar letter) const {
     return *it;
 }
 
-QList<DriveMapping> DeviceMap::Drives() const { return m_drives.values(); }
+QList<DriveMapping> DeviceMap::Drives() const {
+    return m_drives.values();
+}
 
 QString DeviceMap::PortDevice(int port) const {
     const auto it = m_ports.constFind(port);
@@ -119,6 +124,8 @@ void DeviceMap::SetDrive(QChar letter, DriveKind kind, const QString& hostRoot) 
     m_drives.insert(upper, DriveMapping{upper, kind, hostRoot});
 }
 
-void DeviceMap::SetPort(int port, const QString& device) { m_ports.insert(port, device); }
+void DeviceMap::SetPort(int port, const QString& device) {
+    m_ports.insert(port, device);
+}
 
 } // namespace kestrova

@@ -5,7 +5,6 @@
 #include <QMap>
 #include <QString>
 #include <QStringList>
-
 #include <optional>
 
 namespace kestrova {
@@ -13,9 +12,9 @@ namespace kestrova {
 enum class DriveKind { Fixed, Removable };
 
 struct DriveMapping {
-    QChar letter;      // upper case, 'A'..'Z'
+    QChar letter; // upper case, 'A'..'Z'
     DriveKind kind = DriveKind::Fixed;
-    QString hostRoot;  // absolute host directory, without a trailing separator (except "/")
+    QString hostRoot; // absolute host directory, without a trailing separator (except "/")
 };
 
 // The device map "Devices.cfg" beside "Kestrova.cfg": which host directory each drive letter

@@ -19,7 +19,9 @@ SystemError::SystemError(Kind kind, const QString& subject, const QString& detai
     : std::runtime_error(ComposeText(kind, subject, detail).toStdString()), m_kind(kind), m_subject(subject),
       m_text(ComposeText(kind, subject, detail)) {}
 
-QString SystemError::reason() const { return ReasonText(m_kind); }
+QString SystemError::reason() const {
+    return ReasonText(m_kind);
+}
 
 QString SystemError::ReasonText(Kind kind) {
     switch (kind) {

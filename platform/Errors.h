@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QString>
-
 #include <stdexcept>
 
 namespace kestrova {
@@ -66,6 +65,7 @@ using BadFileNameError = SystemErrorOf<SystemError::Kind::BadFileName>;
 using OverflowError = SystemErrorOf<SystemError::Kind::Overflow>;
 
 // Throws the typed error for a kind known only at run time.
-[[noreturn]] void ThrowSystemError(SystemError::Kind kind, const QString& subject, const QString& detail = {});
+[[noreturn]] void ThrowSystemError(SystemError::Kind kind, const QString& subject,
+                                   const QString& detail = {});
 
 } // namespace kestrova

@@ -4,7 +4,6 @@
 #include "platform/Wildcard.h"
 
 #include <QDir>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
@@ -26,7 +25,9 @@ using host::ToFs;
 
 namespace {
 
-inline char FoldAscii(char c) { return (c >= 'a' && c <= 'z') ? char(c - 32) : c; }
+inline char FoldAscii(char c) {
+    return (c >= 'a' && c <= 'z') ? char(c - 32) : c;
+}
 
 std::string FoldedKey(const std::string& name) {
     std::string key(name);
@@ -44,7 +45,8 @@ bool EqualsIgnoringAsciiCase(const char* a, const std::string& b) {
 }
 
 // Name order as the system's listings give it: ignoring case, exact spelling breaking ties.
-bool NameOrder(const std::string& keyA, const std::string& nameA, const std::string& keyB, const std::string& nameB) {
+bool NameOrder(const std::string& keyA, const std::string& nameA, const std::string& keyB,
+               const std::string& nameB) {
     if (keyA != keyB)
         return keyA < keyB;
     return nameA < nameB;
@@ -192,7 +194,9 @@ FileSystem::Resolved FileSystem::Resolve(const QString& p) const {
     return r;
 }
 
-QString FileSystem::HostPath(const QString& p) const { return Resolve(p).host; }
+QString FileSystem::HostPath(const QString& p) const {
+    return Resolve(p).host;
+}
 
 QString FileSystem::SystemPathOfHost(const QString& hostPath) const {
     const QString clean = QDir::cleanPath(QDir(hostPath).absolutePath());
@@ -214,7 +218,9 @@ QString FileSystem::SystemPathOfHost(const QString& hostPath) const {
     return QString(best->letter) + u':' + rest;
 }
 
-bool FileSystem::Exists(const QString& p) const { return Resolve(p).exists; }
+bool FileSystem::Exists(const QString& p) const {
+    return Resolve(p).exists;
+}
 
 bool FileSystem::IsDirectory(const QString& p) const {
     const Resolved r = Resolve(p);

@@ -7,7 +7,6 @@
 #include <QMap>
 #include <QString>
 #include <QStringList>
-
 #include <optional>
 
 namespace kestrova {
@@ -75,8 +74,8 @@ public:
 
     // --- For the text and record files of this layer -------------------------------------
     struct Resolved {
-        QString full;       // the full system path
-        QString host;       // the host path ("" when the drive is not mapped)
+        QString full; // the full system path
+        QString host; // the host path ("" when the drive is not mapped)
         bool mapped = false;
         bool exists = false;
         bool isDirectory = false;

@@ -3,7 +3,6 @@
 #include "platform/Errors.h"
 
 #include <QString>
-
 #include <cmath>
 #include <cstdint>
 
@@ -49,6 +48,8 @@ private:
 };
 
 // A boolean where it is stored or compared as a number: true is -1 (all bits set), false 0.
-[[nodiscard]] constexpr int AsNumber(bool flag) noexcept { return flag ? -1 : 0; }
+[[nodiscard]] constexpr int AsNumber(bool flag) noexcept {
+    return flag ? -1 : 0;
+}
 
 } // namespace kestrova

@@ -24,8 +24,8 @@ QString FindPdfReader(const FileSystem& files, const QStringList&) {
 #else
 
 QString FindPdfReader(const FileSystem& files, const QStringList& searchDirs) {
-    static const char* const viewers[] = {"evince", "okular", "atril",  "xreader", "qpdfview",
-                                          "zathura", "mupdf", "xpdf", "epdfview", "xdg-open"};
+    static const char* const viewers[] = {"evince",  "okular", "atril", "xreader",  "qpdfview",
+                                          "zathura", "mupdf",  "xpdf",  "epdfview", "xdg-open"};
     const QStringList dirs = searchDirs.isEmpty()
                                  ? QString::fromLocal8Bit(qgetenv("PATH")).split(u':', Qt::SkipEmptyParts)
                                  : searchDirs;

@@ -53,7 +53,9 @@ int RecordFile::RecordCount() {
     return int((size + m_length - 1) / m_length);
 }
 
-bool RecordFile::AtEnd(int lastRecordRead) { return lastRecordRead >= RecordCount(); }
+bool RecordFile::AtEnd(int lastRecordRead) {
+    return lastRecordRead >= RecordCount();
+}
 
 void RecordFile::Close() {
     if (m_file && std::fclose(m_file.release()) != 0)

@@ -3,7 +3,6 @@
 #include "platform/FileSystem.h"
 
 #include <QByteArray>
-
 #include <cstdio>
 #include <memory>
 

@@ -23,7 +23,8 @@ SystemPath SystemPath::Parse(const QString& text) {
     for (const QString& name : names) {
         if (name == QLatin1String("."))
             continue;
-        if (name == QLatin1String("..") && !path.components.isEmpty() && path.components.last() != QLatin1String("..")) {
+        if (name == QLatin1String("..") && !path.components.isEmpty() &&
+            path.components.last() != QLatin1String("..")) {
             path.components.removeLast();
             continue;
         }

@@ -9,9 +9,13 @@ namespace kestrova {
 
 namespace fs = std::filesystem;
 
-QString FromBytes(const QByteArray& bytes) { return QString::fromLatin1(bytes); }
+QString FromBytes(const QByteArray& bytes) {
+    return QString::fromLatin1(bytes);
+}
 
-QByteArray ToBytes(const QString& text) { return text.toLatin1(); }
+QByteArray ToBytes(const QString& text) {
+    return text.toLatin1();
+}
 
 // --- LineReader ----------------------------------------------------------------------------
 
@@ -112,8 +116,9 @@ TextWriter::TextWriter(FileSystem& files, const QString& path, Mode mode) : m_mo
         if (!ec && (perms & fs::perms::owner_write) == fs::perms::none)
             throw PermissionDeniedError(m_path);
     }
-    const fs::path written =
-        mode == Mode::Replace ? target.parent_path() / ("." + target.filename().string() + ".kestrova-new") : target;
+    const fs::path written = mode == Mode::Replace
+                                 ? target.parent_path() / ("." + target.filename().string() + ".kestrova-new")
+                                 : target;
     m_writeHostPath = written.string();
     m_file.reset(std::fopen(m_writeHostPath.c_str(), mode == Mode::Append ? "ab" : "wb"));
     if (!m_file)
@@ -131,13 +136,18 @@ TextWriter::~TextWriter() {
 void TextWriter::WriteBytes(const QByteArray& bytes) {
     if (!m_file)
         throw PathFileAccessError(m_path, QStringLiteral("file is closed"));
-    if (!bytes.isEmpty() && std::fwrite(bytes.constData(), 1, size_t(bytes.size()), m_file.get()) != size_t(bytes.size()))
+    if (!bytes.isEmpty() &&
+        std::fwrite(bytes.constData(), 1, size_t(bytes.size()), m_file.get()) != size_t(bytes.size()))
         m_files.ThrowFromErrno(errno, m_target);
 }
 
-void TextWriter::Write(const QString& text) { WriteBytes(ToBytes(text)); }
+void TextWriter::Write(const QString& text) {
+    WriteBytes(ToBytes(text));
+}
 
-void TextWriter::WriteLine(const QString& line) { WriteBytes(ToBytes(line) + "\r\n"); }
+void TextWriter::WriteLine(const QString& line) {
+    WriteBytes(ToBytes(line) + "\r\n");
+}
 
 void TextWriter::Close() {
     if (!m_file)
@@ -158,9 +168,9 @@ void TextWriter::Close() {
         fs::rename(m_writeHostPath, host::ToFs(m_target.host), ec);
         if (ec) {
             // The complete new text stays in the sibling; say where it is.
-            throw PathFileAccessError(m_path, QStringLiteral("the new text is in %1: %2")
-                                                  .arg(host::FromFs(m_writeHostPath),
-                                                       QString::fromStdString(ec.message())));
+            throw PathFileAccessError(
+                m_path, QStringLiteral("the new text is in %1: %2")
+                            .arg(host::FromFs(m_writeHostPath), QString::fromStdString(ec.message())));
         }
     }
 }
@@ -179,7 +189,8 @@ QByteArray ReadAllBytes(const FileSystem& files, const QString& path) {
     const FileSystem::Resolved r = files.Resolve(path);
     if (!r.exists)
         files.ThrowMissing(r);
-    std::unique_ptr<std::FILE, int (*)(std::FILE*)> f(std::fopen(host::ToFs(r.host).c_str(), "rb"), &std::fclose);
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> f(std::fopen(host::ToFs(r.host).c_str(), "rb"),
+                                                      &std::fclose);
     if (!f)
         files.ThrowFromErrno(errno, r);
     QByteArray bytes;

@@ -4,7 +4,9 @@ namespace kestrova {
 
 namespace {
 
-inline char16_t FoldAscii(char16_t c) { return (c >= u'a' && c <= u'z') ? char16_t(c - 32) : c; }
+inline char16_t FoldAscii(char16_t c) {
+    return (c >= u'a' && c <= u'z') ? char16_t(c - 32) : c;
+}
 
 bool GlobMatch(const QChar* p, qsizetype pn, const QChar* s, qsizetype sn) {
     qsizetype pi = 0, si = 0, starP = -1, starS = 0;

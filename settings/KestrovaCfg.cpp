@@ -39,8 +39,9 @@ void ReadKestrovaCfg(Session& session) {
 
 void WriteKestrovaCfg(Session& session) {
     const GlobalSettings& g = session.settings;
-    WriteSettingsFile(session.files, g.ProgramPath + QStringLiteral("Kestrova.cfg"),
-                      {g.SystemPath, g.SetupPath, g.RootPath, QString::number(g.MachineNumber), g.CurrentDir});
+    WriteSettingsFile(
+        session.files, g.ProgramPath + QStringLiteral("Kestrova.cfg"),
+        {g.SystemPath, g.SetupPath, g.RootPath, QString::number(g.MachineNumber), g.CurrentDir});
 }
 
 } // namespace kestrova

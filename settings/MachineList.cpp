@@ -17,7 +17,8 @@ MachineList ReadMachineList(const FileSystem& files, const QString& path) {
             break;
         if (item.isEmpty()) {
             if (!reader.AtEnd()) {
-                list.warnings << QStringLiteral("%1: the list ends at an empty item; the lines after it are not read")
+                list.warnings << QStringLiteral(
+                                     "%1: the list ends at an empty item; the lines after it are not read")
                                      .arg(reader.Path());
                 std::fprintf(stderr, "kestrova: %s\n", qPrintable(list.warnings.last()));
             }
@@ -31,7 +32,8 @@ MachineList ReadMachineList(const FileSystem& files, const QString& path) {
         }
         if (number < 1) {
             // Not an error of the list's own rules, but worth saying why the list stops here.
-            list.warnings << QStringLiteral("%1: the list ends at \"%2\", which is not a machine number of 1 or more")
+            list.warnings << QStringLiteral(
+                                 "%1: the list ends at \"%2\", which is not a machine number of 1 or more")
                                  .arg(reader.Path(), item);
             std::fprintf(stderr, "kestrova: %s\n", qPrintable(list.warnings.last()));
             break;

@@ -5,7 +5,9 @@
 
 namespace kestrova {
 
-QString NestingOffLine() { return LabelledLine(QStringLiteral("Nesting ? (Yes / No)"), QStringLiteral("No")); }
+QString NestingOffLine() {
+    return LabelledLine(QStringLiteral("Nesting ? (Yes / No)"), QStringLiteral("No"));
+}
 
 void CheckNesting(Session& session) {
     GlobalSettings& g = session.settings;
@@ -45,8 +47,8 @@ void SeedExportSettings(Session& session) {
         files.Copy(exportCfg, xpt);
     else
         WriteSettingsFile(files, xpt,
-                          {QStringLiteral("0"), QStringLiteral("prg"), QStringLiteral("3"), QStringLiteral("2"),
-                           g.SystemPath.left(3)});
+                          {QStringLiteral("0"), QStringLiteral("prg"), QStringLiteral("3"),
+                           QStringLiteral("2"), g.SystemPath.left(3)});
 }
 
 void SeedStockList(Session& session) {

@@ -11,7 +11,9 @@ QString ValueOfLine(QString line) {
     return line.trimmed();
 }
 
-bool HasColon(const QString& text) { return text.contains(u':'); }
+bool HasColon(const QString& text) {
+    return text.contains(u':');
+}
 
 double LeadingNumber(const QString& text) {
     qsizetype i = 0;

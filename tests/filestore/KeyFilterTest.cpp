@@ -1,5 +1,6 @@
-#include "RecordingMessageService.h"
 #include "filestore/KeyFilter.h"
+
+#include "RecordingMessageService.h"
 
 #include <gtest/gtest.h>
 
@@ -21,7 +22,8 @@ QString Accepted(int mode, const QString& typed, RecordingMessageService& messag
 
 TEST(KeyFilter, NameModesTakeNamesUpToTheirLimit) {
     RecordingMessageService messages;
-    EXPECT_EQ(Accepted(-32, QStringLiteral(" Part 1&(2)+-._\\/:*?\"<>|,;x"), messages), QStringLiteral("Part 1&(2)+-._x"));
+    EXPECT_EQ(Accepted(-32, QStringLiteral(" Part 1&(2)+-._\\/:*?\"<>|,;x"), messages),
+              QStringLiteral("Part 1&(2)+-._x"));
     EXPECT_EQ(messages.Beeps(), 12) << "a leading blank and every forbidden character beep";
 
     const QString full(32, u'a');

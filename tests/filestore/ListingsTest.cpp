@@ -1,5 +1,6 @@
-#include "InstallationFixture.h"
 #include "filestore/Listings.h"
+
+#include "InstallationFixture.h"
 #include "filestore/SelectDirectory.h"
 
 #include <gtest/gtest.h>
@@ -22,7 +23,8 @@ TEST_F(Listings, FileListsShowBareNamesAndJoinDrawingsWithPrograms) {
     EXPECT_EQ(fx.Messages().BusyDepth(), 0) << "the hourglass is always taken down";
 
     FillFileList(fx.session(), list, "PUNCH1", "Parts", "x", Selection::Named, 3, {});
-    EXPECT_EQ(list.entries, (QStringList{"bracket-2", "Bracket", "Cover", "X"})) << "X.drw and X.prg give one line";
+    EXPECT_EQ(list.entries, (QStringList{"bracket-2", "Bracket", "Cover", "X"}))
+        << "X.drw and X.prg give one line";
     EXPECT_EQ(list.selected, 3);
 
     FillFileList(fx.session(), list, "PUNCH1", "Parts", {}, Selection::First, 1, {});
@@ -66,10 +68,12 @@ TEST_F(Listings, DirectoryListsLeaveOutExsubsAndTheCurrentDirectoryWhenAsked) {
 TEST_F(Listings, DirectoryListsOfferFloppiesAndRemovableDrivesButNotTheSystemDrive) {
     fx.Files().ChangeDirectory(QStringLiteral("C:\\Jobs"));
     FillDirectoryList(fx.session(), list, "RAINER", "A:", true, true, Selection::Named);
-    EXPECT_EQ(list.entries, (QStringList{"Kestrova", "A: [Floppy Disk]", "E: [Removable Drive]", "G: [Removable Drive]"}))
+    EXPECT_EQ(list.entries,
+              (QStringList{"Kestrova", "A: [Floppy Disk]", "E: [Removable Drive]", "G: [Removable Drive]"}))
         << "F: is fixed and C: is the system's own drive";
     EXPECT_EQ(list.selected, 1);
-    EXPECT_EQ(fx.Files().CurrentDirectory(), QStringLiteral("C:\\Kestrova")) << "the program directory is current again";
+    EXPECT_EQ(fx.Files().CurrentDirectory(), QStringLiteral("C:\\Kestrova"))
+        << "the program directory is current again";
 
     FillDirectoryList(fx.session(), list, "RAINER", "A:", true, false, Selection::Named);
     EXPECT_EQ(list.entries, (QStringList{"Kestrova", "E: [Removable Drive]", "G: [Removable Drive]"}));
@@ -90,7 +94,8 @@ TEST_F(Listings, SelectDirectoryFallsBackToTheFirstUsableEntryAndRewritesKestrov
     SelectDirectory(fx.session(), "A:");
     EXPECT_EQ(fx.Settings().CurrentDir, QStringLiteral("A:"));
     EXPECT_EQ(fx.Settings().CurrentPath, QStringLiteral("A:\\"));
-    EXPECT_EQ(fx.ReadLines(cfg), (QStringList{"C:\\Kestrova\\", "C:\\Kestrova\\Setup\\", "C:\\Jobs\\", "1", "A:", "******"}));
+    EXPECT_EQ(fx.ReadLines(cfg),
+              (QStringList{"C:\\Kestrova\\", "C:\\Kestrova\\Setup\\", "C:\\Jobs\\", "1", "A:", "******"}));
 
     // Plain files of the machine directory are taken as they come.
     fx.Write(QStringLiteral("C:\\Jobs\\PUNCH1\\0-notes.txt"), "");

@@ -1,5 +1,6 @@
-#include "InstallationFixture.h"
 #include "filestore/Names.h"
+
+#include "InstallationFixture.h"
 
 #include <gtest/gtest.h>
 
@@ -35,9 +36,11 @@ TEST(Names, PathJoinAndDrives) {
     InstallationFixture fx;
     fx.Load();
     const GlobalSettings& g = fx.Settings();
-    EXPECT_EQ(PathJoin(g, QStringLiteral("PUNCH1"), QStringLiteral(" Parts ")), QStringLiteral("C:\\Jobs\\PUNCH1\\Parts\\"));
+    EXPECT_EQ(PathJoin(g, QStringLiteral("PUNCH1"), QStringLiteral(" Parts ")),
+              QStringLiteral("C:\\Jobs\\PUNCH1\\Parts\\"));
     EXPECT_EQ(PathJoin(g, QStringLiteral("PUNCH1"), QStringLiteral("A:")), QStringLiteral("A:\\"));
-    EXPECT_EQ(PathJoin(g, QStringLiteral("RAINER"), QStringLiteral("e: [Removable Drive]")), QStringLiteral("e:\\"));
+    EXPECT_EQ(PathJoin(g, QStringLiteral("RAINER"), QStringLiteral("e: [Removable Drive]")),
+              QStringLiteral("e:\\"));
     EXPECT_TRUE(DriveExists(fx.Files(), QStringLiteral("A: [Floppy Disk]")));
     EXPECT_TRUE(DriveExists(fx.Files(), QStringLiteral("e:")));
     EXPECT_FALSE(DriveExists(fx.Files(), QStringLiteral("G:"))) << "mapped but not ready";

@@ -1,10 +1,10 @@
-#include "InstallationFixture.h"
 #include "platform/FileSystem.h"
+
+#include "InstallationFixture.h"
 #include "platform/TextFile.h"
 
 #include <QFile>
 #include <QFileInfo>
-
 #include <gtest/gtest.h>
 
 using namespace kestrova;
@@ -55,22 +55,28 @@ TEST(FileSystem, ResolvesRelativePathsHostNotationAndHostPathsBack) {
     EXPECT_EQ(files.FullPath(QStringLiteral("..\\Jobs\\.\\PUNCH1")), QStringLiteral("C:\\Jobs\\PUNCH1"));
     EXPECT_EQ(files.FullPath(QStringLiteral("\\Jobs")), QStringLiteral("C:\\Jobs"));
     EXPECT_EQ(files.FullPath(QStringLiteral("/srv/kestrova")), QStringLiteral("Z:\\srv\\kestrova"));
-    EXPECT_EQ(files.SystemPathOfHost(fx.Host(QStringLiteral("C:\\Jobs\\PUNCH1"))), QStringLiteral("C:\\Jobs\\PUNCH1"));
+    EXPECT_EQ(files.SystemPathOfHost(fx.Host(QStringLiteral("C:\\Jobs\\PUNCH1"))),
+              QStringLiteral("C:\\Jobs\\PUNCH1"));
     EXPECT_EQ(files.SystemPathOfHost(QStringLiteral("/usr/bin")), QStringLiteral("Z:\\usr\\bin"));
 
     files.ChangeDirectory(QStringLiteral("c:\\jobs\\punch1"));
-    EXPECT_EQ(files.FullPath(QStringLiteral("Parts\\X.prg")), QStringLiteral("C:\\jobs\\punch1\\Parts\\X.prg"));
+    EXPECT_EQ(files.FullPath(QStringLiteral("Parts\\X.prg")),
+              QStringLiteral("C:\\jobs\\punch1\\Parts\\X.prg"));
     files.ChangeDrive(QStringLiteral("A:"));
     EXPECT_EQ(files.CurrentDirectory(), QStringLiteral("A:\\"));
     files.ChangeDrive(QStringLiteral("C:\\anything"));
-    EXPECT_EQ(files.CurrentDirectory(), QStringLiteral("C:\\jobs\\punch1")) << "each drive keeps its own directory";
+    EXPECT_EQ(files.CurrentDirectory(), QStringLiteral("C:\\jobs\\punch1"))
+        << "each drive keeps its own directory";
 
-    EXPECT_TRUE(ErrorText<PathNotFoundError>([&] { files.ChangeDirectory(QStringLiteral("C:\\Nowhere")); })
-                    .contains(QStringLiteral("C:\\Nowhere")));
-    EXPECT_TRUE(ErrorText<DiskNotReadyError>([&] { files.ChangeDrive(QStringLiteral("G:")); })
-                    .startsWith(QStringLiteral("Disk not ready")));
-    EXPECT_TRUE(ErrorText<DeviceUnavailableError>([&] { files.ChangeDrive(QStringLiteral("H:")); })
-                    .startsWith(QStringLiteral("Device unavailable")));
+    EXPECT_TRUE(ErrorText<PathNotFoundError>([&] {
+                    files.ChangeDirectory(QStringLiteral("C:\\Nowhere"));
+                }).contains(QStringLiteral("C:\\Nowhere")));
+    EXPECT_TRUE(ErrorText<DiskNotReadyError>([&] {
+                    files.ChangeDrive(QStringLiteral("G:"));
+                }).startsWith(QStringLiteral("Disk not ready")));
+    EXPECT_TRUE(ErrorText<DeviceUnavailableError>([&] {
+                    files.ChangeDrive(QStringLiteral("H:"));
+                }).startsWith(QStringLiteral("Device unavailable")));
 }
 
 TEST(FileSystem, ListsByPatternListsIgnoringCaseInNameOrder) {
@@ -83,12 +89,14 @@ TEST(FileSystem, ListsByPatternListsIgnoringCaseInNameOrder) {
 
     EXPECT_EQ(files.List(dir, QStringLiteral("*.drw"), EntryKinds::Files),
               (QStringList{"a.DRW", "Bracket.drw", "X.drw"}));
-    EXPECT_EQ(files.List(dir, QStringLiteral(" *.drw ; *.prg "), EntryKinds::Files),
-              (QStringList{"a.DRW", "bracket-2.PRG", "Bracket.drw", "Bracket.prg", "Cover.prg", "X.drw", "X.prg"}));
+    EXPECT_EQ(
+        files.List(dir, QStringLiteral(" *.drw ; *.prg "), EntryKinds::Files),
+        (QStringList{"a.DRW", "bracket-2.PRG", "Bracket.drw", "Bracket.prg", "Cover.prg", "X.drw", "X.prg"}));
     EXPECT_EQ(files.List(dir, QStringLiteral("*.drw"), EntryKinds::Directories), (QStringList{"Sub.drw"}));
     // "X.*" finds the file without extension too; "?" is one character.
-    EXPECT_EQ(files.Find(dir + "x.*", EntryKinds::Files),
-              (QStringList{"X", "X.drw", "X.dxf", "X.inf", "X.nst", "X.prg", "X.rpt", "X.seq", "X.stp", "X.usr"}));
+    EXPECT_EQ(
+        files.Find(dir + "x.*", EntryKinds::Files),
+        (QStringList{"X", "X.drw", "X.dxf", "X.inf", "X.nst", "X.prg", "X.rpt", "X.seq", "X.stp", "X.usr"}));
     EXPECT_EQ(files.Find(dir + "?.d*", EntryKinds::Files), (QStringList{"a.DRW", "X.drw", "X.dxf"}));
     EXPECT_TRUE(files.Find(dir + "*.*", EntryKinds::Files).contains(QStringLiteral("X")));
     EXPECT_EQ(files.List(QStringLiteral("C:\\Jobs\\PUNCH1"), QStringLiteral("*.*"), EntryKinds::Both),
@@ -137,26 +145,34 @@ TEST(FileSystem, ErrorsNameTheSystemPathAndTheReason) {
 
     EXPECT_EQ(ErrorText<FileNotFoundError>([&] { files.Copy(parts + "Nothing.prg", parts + "Y.prg"); }),
               QStringLiteral("File not found: \"C:\\Jobs\\PUNCH1\\Parts\\Nothing.prg\""));
-    EXPECT_EQ(ErrorText<PathNotFoundError>([&] { files.Copy(parts + "X.prg", QStringLiteral("C:\\No\\Y.prg")); }),
-              QStringLiteral("Path not found: \"C:\\No\\Y.prg\""));
+    EXPECT_EQ(
+        ErrorText<PathNotFoundError>([&] { files.Copy(parts + "X.prg", QStringLiteral("C:\\No\\Y.prg")); }),
+        QStringLiteral("Path not found: \"C:\\No\\Y.prg\""));
     EXPECT_EQ(ErrorText<FileNotFoundError>([&] { files.Delete(parts + "Gone.prg"); }),
               QStringLiteral("File not found: \"C:\\Jobs\\PUNCH1\\Parts\\Gone.prg\""));
-    EXPECT_TRUE(ErrorText<FileAlreadyExistsError>([&] { files.Rename(parts + "X.prg", parts + "cover.PRG"); })
-                    .startsWith(QStringLiteral("File already exists: \"C:\\Jobs\\PUNCH1\\Parts\\cover.PRG\"")));
-    EXPECT_TRUE(ErrorText<PathFileAccessError>([&] { files.MakeDirectory(QStringLiteral("C:\\jobs\\punch1\\PARTS")); })
-                    .contains(QStringLiteral("C:\\jobs\\punch1\\PARTS")));
-    EXPECT_TRUE(ErrorText<PathFileAccessError>([&] { files.RemoveDirectory(parts); })
-                    .startsWith(QStringLiteral("Path/File access error")));
-    EXPECT_TRUE(ErrorText<DiskNotReadyError>([&] { files.Copy(parts + "X.prg", QStringLiteral("G:\\X.prg")); })
-                    .contains(QStringLiteral("G:\\X.prg")));
-    EXPECT_TRUE(ErrorText<DeviceUnavailableError>([&] { files.Delete(QStringLiteral("H:\\X.prg")); })
-                    .contains(QStringLiteral("H:\\X.prg")));
+    EXPECT_TRUE(ErrorText<FileAlreadyExistsError>([&] {
+                    files.Rename(parts + "X.prg", parts + "cover.PRG");
+                }).startsWith(QStringLiteral("File already exists: \"C:\\Jobs\\PUNCH1\\Parts\\cover.PRG\"")));
+    EXPECT_TRUE(ErrorText<PathFileAccessError>([&] {
+                    files.MakeDirectory(QStringLiteral("C:\\jobs\\punch1\\PARTS"));
+                }).contains(QStringLiteral("C:\\jobs\\punch1\\PARTS")));
+    EXPECT_TRUE(ErrorText<PathFileAccessError>([&] {
+                    files.RemoveDirectory(parts);
+                }).startsWith(QStringLiteral("Path/File access error")));
+    EXPECT_TRUE(ErrorText<DiskNotReadyError>([&] {
+                    files.Copy(parts + "X.prg", QStringLiteral("G:\\X.prg"));
+                }).contains(QStringLiteral("G:\\X.prg")));
+    EXPECT_TRUE(ErrorText<DeviceUnavailableError>([&] {
+                    files.Delete(QStringLiteral("H:\\X.prg"));
+                }).contains(QStringLiteral("H:\\X.prg")));
 
     // A read-only program is neither replaced nor deleted.
     QFile::setPermissions(fx.Host(parts + "Cover.prg"), QFileDevice::ReadOwner);
     EXPECT_EQ(ErrorText<PermissionDeniedError>([&] { files.Copy(parts + "X.prg", parts + "COVER.prg"); }),
               QStringLiteral("Permission denied: \"C:\\Jobs\\PUNCH1\\Parts\\COVER.prg\""));
-    EXPECT_TRUE(ErrorText<PermissionDeniedError>([&] { files.Delete(parts + "Cover.prg"); }).startsWith("Permission"));
+    EXPECT_TRUE(ErrorText<PermissionDeniedError>([&] {
+                    files.Delete(parts + "Cover.prg");
+                }).startsWith("Permission"));
     EXPECT_EQ(fx.ReadLines(parts + "Cover.prg").value(1), QStringLiteral("G00 X0 Y0"));
 }
 

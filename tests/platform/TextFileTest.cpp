@@ -1,9 +1,9 @@
-#include "InstallationFixture.h"
-#include "platform/RecordFile.h"
 #include "platform/TextFile.h"
 
-#include <QDir>
+#include "InstallationFixture.h"
+#include "platform/RecordFile.h"
 
+#include <QDir>
 #include <gtest/gtest.h>
 
 using namespace kestrova;
@@ -64,8 +64,9 @@ TEST(TextWriter, WritesCrLfAppendsAndReplacesOnlyOnClose) {
         abandoned.WriteLine(QStringLiteral("half"));
     }
     EXPECT_EQ(fx.Read(path), QByteArray("one\r\n\r\nthr\xe9\r\nfour\r\n"));
-    EXPECT_EQ(QDir(fx.Host(QStringLiteral("C:\\Kestrova"))).entryList({"*Out.txt*"}, QDir::Files | QDir::Hidden),
-              (QStringList{"Out.txt"}));
+    EXPECT_EQ(
+        QDir(fx.Host(QStringLiteral("C:\\Kestrova"))).entryList({"*Out.txt*"}, QDir::Files | QDir::Hidden),
+        (QStringList{"Out.txt"}));
 
     EXPECT_THROW(WriteAllLines(files, QStringLiteral("C:\\No Such Dir\\x.txt"), {}), PathNotFoundError);
 }

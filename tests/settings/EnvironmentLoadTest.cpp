@@ -1,10 +1,10 @@
+#include "settings/EnvironmentLoad.h"
+
 #include "Frontend/StartUp.h"
 #include "InstallationFixture.h"
-#include "settings/EnvironmentLoad.h"
 
 #include <QDir>
 #include <QFile>
-
 #include <gtest/gtest.h>
 
 using namespace kestrova;
@@ -69,7 +69,8 @@ TEST(EnvironmentLoad, ReadsKestrovaCfgLineByLine) {
     fx.WriteLines(cfg, {fx.StartDir(), "C:\\Kestrova\\Setup", "/srv/jobs", "1", "Parts", "******"});
     LoadEnvironment(fx.session(), fx.PdfSearchDirs);
     EXPECT_EQ(fx.Settings().RootPath, QStringLiteral("Z:\\srv\\jobs\\"));
-    EXPECT_EQ(fx.Settings().SystemPath, QStringLiteral("Z:") + QString(fx.StartDir()).replace(u'/', u'\\') + u'\\');
+    EXPECT_EQ(fx.Settings().SystemPath,
+              QStringLiteral("Z:") + QString(fx.StartDir()).replace(u'/', u'\\') + u'\\');
     EXPECT_EQ(fx.Settings().ProgramDrive, QStringLiteral("Z:\\"));
 }
 
@@ -82,9 +83,11 @@ TEST(EnvironmentLoad, AMissingOrShortKestrovaCfgStopsStartUpWithOneMessage) {
     }
     {
         InstallationFixture fx;
-        fx.WriteLines(QStringLiteral("C:\\Kestrova\\Kestrova.cfg"), {"C:\\Kestrova", "C:\\Kestrova\\Setup", "C:\\Jobs", "1"});
+        fx.WriteLines(QStringLiteral("C:\\Kestrova\\Kestrova.cfg"),
+                      {"C:\\Kestrova", "C:\\Kestrova\\Setup", "C:\\Jobs", "1"});
         EXPECT_EQ(LoadAtStartUp(fx.session()), 1);
-        EXPECT_EQ(fx.Messages().Texts(), (QStringList{"Input past end of file: \"C:\\Kestrova\\Kestrova.cfg\""}));
+        EXPECT_EQ(fx.Messages().Texts(),
+                  (QStringList{"Input past end of file: \"C:\\Kestrova\\Kestrova.cfg\""}));
     }
     {
         InstallationFixture fx;
@@ -118,7 +121,8 @@ TEST(EnvironmentLoad, FindsTheManualsAndThePdfReader) {
     fx.PdfSearchDirs = {viewers};
     LoadEnvironment(fx.session(), fx.PdfSearchDirs);
     EXPECT_EQ(fx.Settings().AcrobatPath, QStringLiteral("C:\\viewers\\okular"));
-    EXPECT_EQ(fx.ReadLines(QStringLiteral("C:\\Kestrova\\Acrobat.cfg")), (QStringList{"C:\\viewers\\okular", "******"}));
+    EXPECT_EQ(fx.ReadLines(QStringLiteral("C:\\Kestrova\\Acrobat.cfg")),
+              (QStringList{"C:\\viewers\\okular", "******"}));
 
     // A configured reader that is not there, or a line of six characters or fewer, is no reader.
     fx.WriteLines(QStringLiteral("C:\\Kestrova\\Acrobat.cfg"), {"C:\\Gone\\Reader.exe", "******"});
@@ -131,7 +135,8 @@ TEST(EnvironmentLoad, FindsTheManualsAndThePdfReader) {
     EXPECT_EQ(fx.Settings().AcrobatPath, QString());
 
     // Manuals elsewhere; a directory without any PDF is no manuals directory.
-    fx.WriteLines(QStringLiteral("C:\\Kestrova\\Acrobat.cfg"), {"C:\\Kestrova\\Reader\\Viewer.exe", "******"});
+    fx.WriteLines(QStringLiteral("C:\\Kestrova\\Acrobat.cfg"),
+                  {"C:\\Kestrova\\Reader\\Viewer.exe", "******"});
     fx.WriteLines(QStringLiteral("C:\\Kestrova\\Manuals.cfg"), {"C:\\Docs", "******"});
     fx.MakeDir(QStringLiteral("C:\\Docs"));
     LoadEnvironment(fx.session(), fx.PdfSearchDirs);

@@ -1,6 +1,7 @@
+#include "settings/MachineList.h"
+
 #include "InstallationFixture.h"
 #include "settings/ListRecordReader.h"
-#include "settings/MachineList.h"
 
 #include <gtest/gtest.h>
 
@@ -72,5 +73,6 @@ TEST(MachineList, ACutOffRecordOrAnOversizedNumberNamesTheFile) {
         EXPECT_TRUE(e.text().startsWith(QStringLiteral("Overflow: \"C:\\Kestrova\\Machine.lst\"")))
             << e.text().toStdString();
     }
-    EXPECT_THROW((void)ReadMachineList(fx.Files(), QStringLiteral("C:\\Kestrova\\Nothing.lst")), FileNotFoundError);
+    EXPECT_THROW((void)ReadMachineList(fx.Files(), QStringLiteral("C:\\Kestrova\\Nothing.lst")),
+                 FileNotFoundError);
 }

@@ -1,5 +1,6 @@
-#include "InstallationFixture.h"
 #include "settings/MachineLoad.h"
+
+#include "InstallationFixture.h"
 #include "settings/MachineType.h"
 
 #include <gtest/gtest.h>
@@ -41,8 +42,9 @@ TEST(MachineLoad, FillsTheCurrentMachineOfTheFixture) {
     // What the load seeds for a punching machine.
     EXPECT_EQ(fx.ReadLines(g.StockListFile), (QStringList{"******"}));
     EXPECT_EQ(fx.ReadLines(Data + "PUNCH1.xpt"), (QStringList{"0", "prg", "3", "2", "C:\\", "******"}));
-    for (const char* dir : {"Tools\\PUNCH1", "Turrets\\PUNCH1", "Profiles\\PUNCH1", "Shapes\\PUNCH1\\Circle\\Inside",
-                            "Shapes\\PUNCH1\\Rad-Rect\\Outside", "Shapes\\PUNCH1\\Custom", "Shapes\\PUNCH1\\Undefined"})
+    for (const char* dir :
+         {"Tools\\PUNCH1", "Turrets\\PUNCH1", "Profiles\\PUNCH1", "Shapes\\PUNCH1\\Circle\\Inside",
+          "Shapes\\PUNCH1\\Rad-Rect\\Outside", "Shapes\\PUNCH1\\Custom", "Shapes\\PUNCH1\\Undefined"})
         EXPECT_TRUE(fx.OnDisk(QStringLiteral("C:\\Kestrova\\Setup\\") + QLatin1String(dir))) << dir;
     EXPECT_TRUE(fx.OnDisk(QStringLiteral("C:\\Kestrova\\Nesting")));
     EXPECT_EQ(fx.ReadLines(QStringLiteral("C:\\Kestrova\\Kestrova.cfg")),
@@ -69,7 +71,8 @@ TEST(MachineLoad, EachMachineOfTheListGetsItsOwnTypeAndOptions) {
     EXPECT_TRUE(g.ProfilingMachine);
     EXPECT_EQ(g.ProfilesPath, QString());
     EXPECT_EQ(g.RainerType, 0);
-    EXPECT_EQ(g.CurrentDir, QStringLiteral("Kestrova")) << "a directory the machine lacks falls back to Kestrova";
+    EXPECT_EQ(g.CurrentDir, QStringLiteral("Kestrova"))
+        << "a directory the machine lacks falls back to Kestrova";
     EXPECT_FALSE(fx.OnDisk(QStringLiteral("C:\\Kestrova\\Setup\\Tools\\LASER")));
 }
 
@@ -120,7 +123,8 @@ TEST(MachineLoad, TheNestingFileDecidesWhetherNestingIsOn) {
     EXPECT_EQ(stateWith("Nesting ? (Yes / No)                         :NO\r\n"), 1);
     EXPECT_EQ(stateWith("No\r\n"), 1);
     EXPECT_EQ(stateWith(""), 1);
-    EXPECT_EQ(fx.ReadLines(Data + "PUNCH1.nst"), (QStringList{"Nesting ? (Yes / No)                         : No", "******"}))
+    EXPECT_EQ(fx.ReadLines(Data + "PUNCH1.nst"),
+              (QStringList{"Nesting ? (Yes / No)                         : No", "******"}))
         << "an empty nesting file is written anew with nesting off";
 
     fx.Write(Data + "PUNCH1.nst", "Nesting : Yes\r\n");
@@ -185,7 +189,8 @@ TEST(MachineType, PlainSubstringTestsOnControlTypeAndDescription) {
     EXPECT_TRUE(g.WestinghouseProducer);
     EXPECT_EQ(g.RainerType, 1);
     SetMachineType(g, QString(), QStringLiteral("Trumf Bosch TC500 LVD RS IBH Behren Pullmax Vipros GE550"));
-    EXPECT_TRUE(g.TrumfBoschTc && g.LvdRs && g.IbhBehren && g.PullmaxMachine && g.ViprosMachine && g.Ge550Control);
+    EXPECT_TRUE(g.TrumfBoschTc && g.LvdRs && g.IbhBehren && g.PullmaxMachine && g.ViprosMachine &&
+                g.Ge550Control);
     SetMachineType(g, QStringLiteral("Kestrova"), QStringLiteral("Terminal"));
     EXPECT_FALSE(g.TerminalMode) << "both words belong to the control type";
 }

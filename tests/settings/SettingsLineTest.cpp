@@ -1,17 +1,21 @@
+#include "settings/SettingsLine.h"
+
 #include "QtPrinters.h"
 #include "settings/EditorCommand.h"
 #include "settings/MachineSeeding.h"
 #include "settings/SettingsFile.h"
-#include "settings/SettingsLine.h"
 
 #include <gtest/gtest.h>
 
 using namespace kestrova;
 
 TEST(SettingsLine, TheValueIsWhatFollowsTheFirstColonTrimmed) {
-    EXPECT_EQ(ValueOfLine(QStringLiteral("Nesting ? (Yes / No)                         : yes")), QStringLiteral("yes"));
-    EXPECT_EQ(ValueOfLine(QStringLiteral("Nesting ? (Yes / No)                         :NO")), QStringLiteral("NO"));
-    EXPECT_EQ(ValueOfLine(QStringLiteral("   No   ")), QStringLiteral("No")) << "a line without colon is its value";
+    EXPECT_EQ(ValueOfLine(QStringLiteral("Nesting ? (Yes / No)                         : yes")),
+              QStringLiteral("yes"));
+    EXPECT_EQ(ValueOfLine(QStringLiteral("Nesting ? (Yes / No)                         :NO")),
+              QStringLiteral("NO"));
+    EXPECT_EQ(ValueOfLine(QStringLiteral("   No   ")), QStringLiteral("No"))
+        << "a line without colon is its value";
     EXPECT_EQ(ValueOfLine(QStringLiteral("Data Directory : C:\\Data")), QStringLiteral("C:\\Data"));
     EXPECT_EQ(ValueOfLine(QStringLiteral("Label :")), QString());
     EXPECT_EQ(ValueOfLine(QString()), QString());
@@ -25,7 +29,8 @@ TEST(SettingsLine, LeadingNumberReadsAsFarAsTheNumberGoes) {
     EXPECT_EQ(LeadingNumber(QStringLiteral("1A")), 1.0);
     EXPECT_EQ(LeadingNumber(QStringLiteral("12 34")), 12.0);
     EXPECT_EQ(LeadingNumber(QStringLiteral("+4.5e2mm")), 450.0);
-    EXPECT_EQ(LeadingNumber(QStringLiteral("3e")), 3.0) << "an exponent without digits is not part of the number";
+    EXPECT_EQ(LeadingNumber(QStringLiteral("3e")), 3.0)
+        << "an exponent without digits is not part of the number";
     EXPECT_EQ(LeadingNumber(QStringLiteral(".5")), 0.5);
     EXPECT_EQ(LeadingNumber(QStringLiteral("abc")), 0.0);
     EXPECT_EQ(LeadingNumber(QStringLiteral("-")), 0.0);
@@ -54,6 +59,8 @@ TEST(EditorCommand, KeepsEverythingUpToTheFirstBlank) {
     EXPECT_EQ(EditorCommand(QString()), QStringLiteral("Notepad.exe "));
     EXPECT_EQ(EditorCommand(QStringLiteral("   ")), QStringLiteral("Notepad.exe "));
     EXPECT_EQ(EditorCommand(QStringLiteral("C:\\Tools\\Edit.exe")), QStringLiteral("C:\\Tools\\Edit.exe "));
-    EXPECT_EQ(EditorCommand(QStringLiteral("C:\\Tools\\Edit.exe /nosplash")), QStringLiteral("C:\\Tools\\Edit.exe "));
-    EXPECT_EQ(EditorCommand(QStringLiteral("C:\\Program Files\\Edit\\Edit.exe")), QStringLiteral("C:\\Program "));
+    EXPECT_EQ(EditorCommand(QStringLiteral("C:\\Tools\\Edit.exe /nosplash")),
+              QStringLiteral("C:\\Tools\\Edit.exe "));
+    EXPECT_EQ(EditorCommand(QStringLiteral("C:\\Program Files\\Edit\\Edit.exe")),
+              QStringLiteral("C:\\Program "));
 }
