@@ -3,9 +3,11 @@
 #include "platform/Errors.h"
 
 #include <QDeadlineTimer>
+#include <QScopeGuard>
 #include <QThread>
-
 #include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <termios.h>
 
 namespace kestrova {
@@ -15,6 +17,15 @@ namespace {
 constexpr char Xon = 17;
 constexpr char Xoff = 19;
 constexpr int ModemPollMs = 50;
+
+// Whether an open descriptor is the slave side of a pseudo-terminal (majors 136 to 143).
+bool IsPseudoTerminal(int fd) {
+    struct stat st {};
+    if (::fstat(fd, &st) != 0 || !S_ISCHR(st.st_mode))
+        return false;
+    const unsigned m = major(st.st_rdev);
+    return m >= 136 && m <= 143;
+}
 
 } // namespace
 
@@ -56,6 +67,9 @@ void QtSerialLine::Open() {
     m_xoff = false;
     m_held.clear();
     m_input.clear();
+    m_pseudoTerminal = IsPseudoTerminal(int(m_port.handle()));
+    m_configuring = true;
+    const auto configured = qScopeGuard([this] { m_configuring = false; });
     try {
         ApplyFraming();
     } catch (...) {
@@ -110,19 +124,28 @@ void QtSerialLine::ApplyFraming() {
     default:
         break;
     }
-    const auto stop = f->stopBits == 2 ? QSerialPort::TwoStop
+    const auto stop = f->stopBits == 2   ? QSerialPort::TwoStop
                       : f->stopBits == 3 ? QSerialPort::OneAndHalfStop
                                          : QSerialPort::OneStop;
-    const bool ok = m_port.setBaudRate(f->baud) && m_port.setParity(parity) &&
-                    m_port.setDataBits(QSerialPort::DataBits(f->dataBits)) && m_port.setStopBits(stop);
-    if (!ok) {
-        const QString why = m_port.errorString();
-        m_port.clearError();
-        throw DeviceUnavailableError(name, QStringLiteral("settings \"%1\" rejected: %2").arg(Settings(), why));
-    }
+    const bool wasConfiguring = m_configuring;
+    m_configuring = true;
+    const auto configured = qScopeGuard([this, wasConfiguring] { m_configuring = wasConfiguring; });
+    m_refusal.clear();
+    bool ok = m_port.setBaudRate(f->baud);
+    ok = m_port.setParity(parity) && ok;
+    ok = m_port.setDataBits(QSerialPort::DataBits(f->dataBits)) && ok;
+    ok = m_port.setStopBits(stop) && ok;
+    // A pseudo-terminal carries bytes whatever the framing, and some refuse parity and short
+    // characters: that refusal is as harmless as its refusal of the modem lines.
+    if (!ok && !m_pseudoTerminal)
+        throw DeviceUnavailableError(
+            name, QStringLiteral("settings \"%1\" rejected: %2").arg(Settings(), m_refusal));
 }
 
 void QtSerialLine::ApplyFlowAndLines() {
+    const bool wasConfiguring = m_configuring;
+    m_configuring = true;
+    const auto configured = qScopeGuard([this, wasConfiguring] { m_configuring = wasConfiguring; });
     // XON/XOFF is done by this layer; the device only ever does RTS/CTS.
     m_port.setFlowControl((Handshaking() & 2) ? QSerialPort::HardwareControl : QSerialPort::NoFlowControl);
     m_port.setDataTerminalReady(DTREnable());
@@ -248,9 +271,17 @@ void QtSerialLine::OnBytesWritten() {
 }
 
 void QtSerialLine::OnError(QSerialPort::SerialPortError error) {
-    switch (error) {
-    case QSerialPort::NoError:
+    if (error == QSerialPort::NoError)
         return;
+    if (m_configuring) {
+        // A request of the set-up or of the modem-line poll that the device refused; QSerialPort
+        // reports those as write errors too, so they are told apart by when they happen.
+        m_refused = true;
+        m_refusal = m_port.errorString();
+        m_port.clearError();
+        return;
+    }
+    switch (error) {
     case QSerialPort::UnsupportedOperationError:
         // Modem-line and line requests that pseudo-terminals refuse.
         m_refused = true;
@@ -291,7 +322,9 @@ void QtSerialLine::PollModemLines() {
     if (!m_port.isOpen())
         return;
     m_refused = false;
+    m_configuring = true;
     const QSerialPort::PinoutSignals pins = m_port.pinoutSignals();
+    m_configuring = false;
     if (m_refused || m_port.error() != QSerialPort::NoError) {
         m_port.clearError();
         m_modemPoll.stop();

@@ -72,7 +72,10 @@ private:
     bool m_dsr = false;
     bool m_cd = false;
     bool m_lost = false;
-    bool m_refused = false; // the device refused a modem-line request
+    bool m_refused = false;     // the device refused a request of the set-up
+    QString m_refusal;          // and why
+    bool m_configuring = false; // errors now are refusals of the set-up, not a lost line
+    bool m_pseudoTerminal = false;
 };
 
 } // namespace kestrova

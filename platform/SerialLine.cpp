@@ -34,7 +34,9 @@ std::optional<LineFraming> ParseFraming(const QString& settings) {
     return f;
 }
 
-QString PortName(int port) { return QStringLiteral("COM%1").arg(port); }
+QString PortName(int port) {
+    return QStringLiteral("COM%1").arg(port);
+}
 
 void SerialLine::SetCommPort(int port) {
     if (port < 1 || port > 255)
@@ -45,14 +47,16 @@ void SerialLine::SetCommPort(int port) {
 
 void SerialLine::SetSettings(const QString& settings) {
     if (!ParseFraming(settings))
-        throw DeviceUnavailableError(PortName(m_commPort), QStringLiteral("settings \"%1\" rejected").arg(settings));
+        throw DeviceUnavailableError(PortName(m_commPort),
+                                     QStringLiteral("settings \"%1\" rejected").arg(settings));
     m_settings = settings;
     PropertyChanged("Settings");
 }
 
 void SerialLine::SetHandshaking(int code) {
     if (code < 0 || code > 3)
-        throw DeviceUnavailableError(PortName(m_commPort), QStringLiteral("handshaking %1 rejected").arg(code));
+        throw DeviceUnavailableError(PortName(m_commPort),
+                                     QStringLiteral("handshaking %1 rejected").arg(code));
     m_handshaking = code;
     PropertyChanged("Handshaking");
 }

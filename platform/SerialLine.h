@@ -2,19 +2,18 @@
 
 #include <QObject>
 #include <QString>
-
 #include <optional>
 
 namespace kestrova {
 
 // The events of a serial line, numbered as the communication code has always numbered them.
 enum class CommEvent : int {
-    Send = 1,       // fewer than SThreshold characters wait in the output buffer
-    Receive = 2,    // at least RThreshold characters wait in the input buffer
-    CtsChange = 3,  // the CTS line changed
-    DsrChange = 4,  // the DSR line changed
-    CdChange = 5,   // the carrier-detect line changed
-    Break = 1001,   // a break was received
+    Send = 1,      // fewer than SThreshold characters wait in the output buffer
+    Receive = 2,   // at least RThreshold characters wait in the input buffer
+    CtsChange = 3, // the CTS line changed
+    DsrChange = 4, // the DSR line changed
+    CdChange = 5,  // the carrier-detect line changed
+    Break = 1001,  // a break was received
     CdTimeOut = 1002,
     CtsTimeOut = 1003,
 };

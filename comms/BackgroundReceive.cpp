@@ -1,0 +1,253 @@
+#include "comms/BackgroundReceive.h"
+
+#include "comms/PortSetup.h"
+#include "comms/ReceivedHeader.h"
+#include "filestore/Names.h"
+
+#include <QStringView>
+
+namespace kestrova {
+
+namespace {
+
+const QString TempName = QStringLiteral("Receive.tmp");
+const QString ListName = QStringLiteral("Receive.lst");
+const QString DefaultStem = QStringLiteral("New Program ");
+
+// Whether match equals the first n characters of sequence (all of it when n is longer).
+bool EqualsStart(const QString& match, const QString& sequence, qsizetype n) {
+    return QStringView(sequence).left(n) == match;
+}
+
+} // namespace
+
+BackgroundReceive::BackgroundReceive(Session& session, std::unique_ptr<SerialLine> line, QObject* parent)
+    : QObject(parent), m_session(session), m_line(std::move(line)) {
+    connect(m_line.get(), &SerialLine::Comm, this, &BackgroundReceive::OnComm);
+    connect(m_line.get(), &SerialLine::LineLost, this, &BackgroundReceive::OnLineLost);
+}
+
+BackgroundReceive::~BackgroundReceive() {
+    try {
+        Stop();
+    } catch (const std::exception&) {
+        // Closing down: a temporary file that cannot be deleted stays behind.
+    }
+}
+
+void BackgroundReceive::Start() {
+    Stop();
+    m_settings = ReadBackgroundSettings(m_session.files, m_session.settings.SystemPath);
+    m_tempPath = m_session.settings.SystemPath + TempName;
+    m_listPath = m_session.settings.SystemPath + ListName;
+    m_receiving = false;
+    m_filtered.reset();
+    for (const QChar c : m_settings.ReceiveFilter)
+        m_filtered.set(c.unicode() & 0xFF);
+    RefreshReceiveList();
+    if (m_settings.Enabled)
+        PreparePort(*m_line, PortSetupFor(TransferKind::Background, m_settings.Port, m_settings.Settings,
+                                          m_settings.Handshaking));
+}
+
+void BackgroundReceive::Stop() {
+    if (m_line->PortOpen())
+        m_line->SetPortOpen(false);
+    CloseTemp();
+    m_receiving = false;
+    if (!m_tempPath.isEmpty() && m_session.files.IsFile(m_tempPath))
+        m_session.files.Delete(m_tempPath);
+}
+
+void BackgroundReceive::OpenTemp() {
+    m_temp = std::make_unique<TextWriter>(m_session.files, m_tempPath, TextWriter::Mode::Create);
+    m_receiving = true;
+}
+
+void BackgroundReceive::CloseTemp() {
+    if (!m_temp)
+        return;
+    std::unique_ptr<TextWriter> temp = std::move(m_temp);
+    temp->Close();
+}
+
+void BackgroundReceive::TakeReceivedText(const QString& chunk) {
+    if (!m_receiving)
+        OpenTemp();
+    const QString& trailer = m_settings.Trailer;
+    const QString& endSequence = m_settings.EndSequence;
+    // Characters go to the file in runs; the order of the steps is that of one character at a time.
+    QByteArray run;
+    auto flush = [this, &run] {
+        if (!run.isEmpty() && m_temp)
+            m_temp->WriteBytes(run);
+        run.clear();
+    };
+    for (qsizetype i = 0; i < chunk.size(); ++i) {
+        const QChar c = chunk.at(i);
+        const bool filtered = c.unicode() < 256 && m_filtered.test(c.unicode());
+        // Most characters neither continue a match nor start one: the steps below would leave
+        // both matches empty, and the character goes to the file unless filtered.
+        if (m_trailerMatch.isEmpty() && (trailer.isEmpty() || c != trailer.at(0))) {
+            m_endMatch.clear();
+            if (m_receiving && !filtered)
+                run += char(c.unicode());
+            continue;
+        }
+        // A match that fails is dropped whole; the character that broke it is not tried as the
+        // start of a new one, so a trailer that begins inside a failed match is missed.
+        m_trailerMatch += c;
+        if (!EqualsStart(m_trailerMatch, trailer, m_trailerMatch.size()))
+            m_trailerMatch.clear();
+        // Compared over as many characters as the trailer's match holds, as it always has been;
+        // the end sequence's match changes nothing else.
+        m_endMatch += c;
+        if (!EqualsStart(m_endMatch, endSequence, m_trailerMatch.size()))
+            m_endMatch.clear();
+        if (!trailer.isEmpty() && m_trailerMatch == trailer) {
+            // All of the trailer but its last character is in the file by now; the last one
+            // goes to the next program when this chunk goes on, and nowhere otherwise.
+            flush();
+            CloseTemp();
+            m_receiving = false;
+            FileReceivedProgram();
+            if (i + 1 < chunk.size())
+                OpenTemp();
+        }
+        if (m_receiving && !filtered)
+            run += char(c.unicode());
+    }
+    flush();
+}
+
+void BackgroundReceive::FileReceivedProgram() {
+    FileSystem& files = m_session.files;
+    const GlobalSettings& g = m_session.settings;
+    if (!files.IsFile(m_tempPath))
+        return;
+    if (files.Length(m_tempPath) < 2) {
+        files.Delete(m_tempPath);
+        return;
+    }
+
+    ReceivedHeader header;
+    {
+        LineReader in(files, m_tempPath);
+        for (int index = 0; index < 3 && !in.AtEnd(); ++index)
+            header.TakeLine(index, in.ReadLine().trimmed());
+    }
+
+    // A program addressed to a machine the list does not know is filed for the current one.
+    QString machine = header.Machine.isEmpty() ? g.MachineDir : header.Machine;
+    QString description;
+    bool known = false;
+    for (int n = 1; n <= g.MachineCount && n < g.MachineTable.size(); ++n) {
+        const MachineRecord& record = g.MachineTable.at(n);
+        if (record.field2.trimmed().compare(machine, Qt::CaseInsensitive) == 0) {
+            machine = record.field2.trimmed();
+            description = record.field1.trimmed();
+            known = true;
+            break;
+        }
+    }
+    if (!known) {
+        machine = g.MachineDir;
+        description = g.MachineDescription;
+    }
+
+    const QString directory = header.Directory.isEmpty() ? g.CurrentDir : header.Directory;
+    const QString path = PathJoin(g, machine, directory);
+    if (!files.IsDirectory(path.chopped(1)))
+        files.MakeDirectory(path.chopped(1));
+
+    QString program = header.Program;
+    if (program.isEmpty()) {
+        Int16 n = 1;
+        while (files.Exists(path + DefaultStem + NumberText(n) + QStringLiteral(".prg")))
+            ++n;
+        program = DefaultStem + NumberText(n);
+    }
+
+    const QString target = path + program + QStringLiteral(".prg");
+    if (files.Exists(target))
+        files.Delete(target);
+    if (header.Found) {
+        LineReader in(files, m_tempPath);
+        TextWriter out(files, target, TextWriter::Mode::Create);
+        while (!in.AtEnd()) {
+            const QString line = in.ReadLine().trimmed();
+            if (!line.isEmpty() && !HoldsHeaderMarker(line))
+                out.WriteLine(line);
+        }
+        out.Close();
+    } else {
+        files.Copy(m_tempPath, target);
+    }
+
+    QString entry = program + QStringLiteral(" in ") + directory;
+    if (g.MachineCount >= 2)
+        entry += QStringLiteral(" for ") + description;
+    const bool fresh = !files.IsFile(m_listPath) || files.Length(m_listPath) < 4;
+    TextWriter list(files, m_listPath, fresh ? TextWriter::Mode::Create : TextWriter::Mode::Append);
+    list.WriteLine(entry);
+    list.Close();
+
+    Q_EMIT ProgramFiled(target);
+    RefreshReceiveList();
+    CloseTemp();
+    m_receiving = false;
+}
+
+void BackgroundReceive::RefreshReceiveList() {
+    FileSystem& files = m_session.files;
+    m_list.Clear();
+    if (m_listPath.isEmpty() || !files.IsFile(m_listPath)) {
+        m_frameVisible = false;
+    } else if (files.Length(m_listPath) < 4) {
+        files.Delete(m_listPath);
+        m_frameVisible = false;
+    } else {
+        for (const QString& line : ReadAllLines(files, m_listPath)) {
+            const QString entry = line.trimmed();
+            if (!entry.isEmpty())
+                m_list.Add(entry);
+        }
+        m_frameVisible = true;
+    }
+    Q_EMIT ReceiveListChanged();
+}
+
+void BackgroundReceive::ReceiveButton_Click() {
+    if (!m_listPath.isEmpty() && m_session.files.IsFile(m_listPath))
+        m_session.files.Delete(m_listPath);
+    m_frameVisible = false;
+    Q_EMIT ReceiveListChanged();
+}
+
+bool BackgroundReceive::ReceiveList_GotFocus() {
+    m_list.selected = -1;
+    return m_frameVisible;
+}
+
+void BackgroundReceive::OnComm(CommEvent event) {
+    if (event != CommEvent::Receive || m_line->InBufferCount() < 1)
+        return;
+    try {
+        TakeReceivedText(m_line->Input());
+    } catch (const SystemError& e) {
+        // The edge of the port's event: shown once, and the receive goes on.
+        m_session.messages.ShowError(e.text());
+    }
+}
+
+void BackgroundReceive::OnLineLost(const QString& message) {
+    // The line is closed already; the program it was bringing is incomplete and is not filed.
+    try {
+        Stop();
+    } catch (const SystemError& e) {
+        m_session.messages.ShowError(e.text());
+    }
+    m_session.messages.ShowError(message);
+}
+
+} // namespace kestrova

@@ -1,0 +1,88 @@
+#pragma once
+
+#include "Frontend/Session.h"
+#include "comms/CommSettings.h"
+#include "filestore/ListModel.h"
+#include "platform/SerialLine.h"
+#include "platform/TextFile.h"
+
+#include <QObject>
+#include <QString>
+#include <bitset>
+#include <memory>
+
+namespace kestrova {
+
+// The background receive of the main window: listens on the port that "Kestrova.cms" names
+// for programs a machine control sends on its own, files each one as soon as its trailer has
+// arrived, and keeps the list of received programs ("Receive.lst") that the window shows.
+//
+// The main window owns one, calls Start at start-up and after a machine change and Stop when
+// it closes, shows ReceiveList() in ReceiveFrame while ReceiveFrameVisible(), and refills its
+// list box on ReceiveListChanged. The line is any SerialLine: the host's port in the program,
+// a scripted one in tests.
+class BackgroundReceive : public QObject {
+    Q_OBJECT
+public:
+    BackgroundReceive(Session& session, std::unique_ptr<SerialLine> line, QObject* parent = nullptr);
+    ~BackgroundReceive() override;
+    BackgroundReceive(const BackgroundReceive&) = delete;
+    BackgroundReceive& operator=(const BackgroundReceive&) = delete;
+
+    // Stops any running receive, reads "Kestrova.cms", refreshes the list and, when the
+    // settings enable it, prepares the port and opens it. A port that cannot be set or opened
+    // raises its error after the list has been refreshed; the receive is then off.
+    void Start();
+    // Closes the port and the temporary file, and deletes "Receive.tmp": a program cut off in
+    // the middle is discarded.
+    void Stop();
+
+    // A chunk of received characters (one byte per QChar), as the port's event delivers it.
+    void TakeReceivedText(const QString& chunk);
+    // Files what "Receive.tmp" holds as a program (its trailer has just arrived).
+    void FileReceivedProgram();
+    // Refills the list from "Receive.lst".
+    void RefreshReceiveList();
+    // The receive button: forgets the received programs and hides the frame.
+    void ReceiveButton_Click();
+    // The list is for reading only: deselects it. True when the focus is to move on to the
+    // receive button (it is visible).
+    [[nodiscard]] bool ReceiveList_GotFocus();
+
+    [[nodiscard]] const BackgroundSettings& Settings() const { return m_settings; }
+    [[nodiscard]] const ListModel& ReceiveList() const { return m_list; }
+    [[nodiscard]] bool ReceiveFrameVisible() const { return m_frameVisible; }
+    [[nodiscard]] bool Receiving() const { return m_receiving; }
+    [[nodiscard]] const QString& TrailerMatch() const { return m_trailerMatch; }
+    [[nodiscard]] const QString& EndMatch() const { return m_endMatch; }
+    [[nodiscard]] const QString& TempPath() const { return m_tempPath; }
+    [[nodiscard]] const QString& ListPath() const { return m_listPath; }
+    [[nodiscard]] SerialLine& Line() { return *m_line; }
+
+Q_SIGNALS:
+    // The receive list or the frame's visibility changed.
+    void ReceiveListChanged();
+    // A program was filed: its system path.
+    void ProgramFiled(const QString& path);
+
+private:
+    void OnComm(CommEvent event);
+    void OnLineLost(const QString& message);
+    void OpenTemp();
+    void CloseTemp();
+
+    Session& m_session;
+    std::unique_ptr<SerialLine> m_line;
+    BackgroundSettings m_settings;
+    QString m_tempPath;
+    QString m_listPath;
+    std::unique_ptr<TextWriter> m_temp; // "Receive.tmp" while a program is collected
+    bool m_receiving = false;
+    QString m_trailerMatch;
+    QString m_endMatch;
+    std::bitset<256> m_filtered; // the receive filter's characters
+    ListModel m_list;
+    bool m_frameVisible = false;
+};
+
+} // namespace kestrova

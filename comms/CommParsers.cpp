@@ -1,0 +1,103 @@
+#include "comms/CommParsers.h"
+
+#include "settings/SettingsLine.h"
+
+#include <cmath>
+#include <limits>
+
+namespace kestrova {
+
+namespace {
+
+// The character of a code as it is read from a settings file: codes are bytes, so anything
+// outside 0..255 keeps its low byte, as a single-byte text would hold it.
+QChar CodeCharacter(const QString& number) {
+    const int code = RoundedNumber(number);
+    return QChar(char16_t(code & 0xFF));
+}
+
+} // namespace
+
+int HandshakeCode(const QString& value) {
+    const QString v = value.toUpper();
+    int code = 0;
+    if (v.contains(QLatin1String("XON")) || v.contains(QLatin1String("XOFF")))
+        code += 1;
+    if (v.contains(QLatin1String("RTS")) || v.contains(QLatin1String("CTS")))
+        code += 2;
+    return code;
+}
+
+bool HandshakeWantsDtr(const QString& value) {
+    return value.toUpper().contains(QLatin1String("DTR"));
+}
+
+StartMode ParseStartMode(const QString& value) {
+    const QString v = value.toUpper();
+    if (v.contains(QLatin1String("AUTO")))
+        return StartMode::Auto;
+    if (v.contains(QLatin1String("FORCE")) || v.contains(QLatin1String("IMMEDIATE")))
+        return StartMode::Immediate;
+    if (v.contains(QLatin1String("EVENT")))
+        return StartMode::Event;
+    if (v.contains(QLatin1String("DSR")))
+        return StartMode::Dsr;
+    if (v.contains(QLatin1String("CTS")))
+        return StartMode::Cts;
+    if (v.contains(QLatin1String("ANY")))
+        return StartMode::Any;
+    return StartMode::Manual;
+}
+
+QString ParseStartCharacter(const QString& value) {
+    const QString v = value.trimmed();
+    if (v.isEmpty())
+        return {};
+    const QChar first = v.at(0);
+    if (first.unicode() >= '0' && first.unicode() <= '9')
+        return QString(CodeCharacter(v));
+    return QString(first);
+}
+
+QString ParseSequence(const QString& value) {
+    QString rest = value.trimmed();
+    QString result;
+    while (!rest.isEmpty() && rest.contains(u',')) {
+        qsizetype comma = rest.indexOf(u',');
+        const int count = RoundedNumber(rest.left(comma));
+        rest = rest.mid(comma + 1).trimmed();
+        QString codeText;
+        comma = rest.indexOf(u',');
+        if (comma >= 0) {
+            codeText = rest.left(comma);
+            rest = rest.mid(comma + 1).trimmed();
+        } else {
+            codeText = rest;
+            rest.clear();
+        }
+        const QChar c = CodeCharacter(codeText);
+        for (int i = 0; i < count; ++i)
+            result += c;
+    }
+    return result;
+}
+
+QList<QChar> ParseCharacterList(const QString& value) {
+    QList<QChar> list;
+    const QString v = value.trimmed();
+    if (v.isEmpty())
+        return list;
+    for (const QString& item : v.split(u','))
+        list << CodeCharacter(item);
+    return list;
+}
+
+int RoundedNumber(const QString& value) {
+    // Halves go to the even neighbour, as the settings' numbers have always been rounded.
+    const double n = std::nearbyint(LeadingNumber(value));
+    if (!(n >= double(std::numeric_limits<int>::min()) && n <= double(std::numeric_limits<int>::max())))
+        throw OverflowError(QString(), QStringLiteral("the number \"%1\"").arg(value.trimmed()));
+    return int(n);
+}
+
+} // namespace kestrova

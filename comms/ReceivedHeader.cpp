@@ -1,0 +1,34 @@
+#include "comms/ReceivedHeader.h"
+
+namespace kestrova {
+
+bool AcceptableOutsideName(const QString& name) {
+    if (name.isEmpty() || name.size() > 32)
+        return false;
+    if (name == QLatin1String(".") || name == QLatin1String(".."))
+        return false;
+    for (const QChar c : name) {
+        if (c == u'\\' || c == u'/' || c == u':' || c.unicode() < 32 || c.unicode() == 127)
+            return false;
+    }
+    return true;
+}
+
+void ReceivedHeader::TakeLine(int index, const QString& line) {
+    static constexpr QChar markers[] = {MachineMarker, DirectoryMarker, ProgramMarker};
+    QString* const values[] = {&Machine, &Directory, &Program};
+    if (index < 0 || index > 2)
+        return;
+    const qsizetype at = line.indexOf(markers[index]);
+    if (at < 0)
+        return;
+    Found = true;
+    const QString value = line.mid(at + 1).trimmed();
+    *values[index] = AcceptableOutsideName(value) ? value : QString();
+}
+
+bool HoldsHeaderMarker(const QString& line) {
+    return line.contains(MachineMarker) || line.contains(DirectoryMarker) || line.contains(ProgramMarker);
+}
+
+} // namespace kestrova

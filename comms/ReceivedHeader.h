@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QChar>
+#include <QString>
+
+namespace kestrova {
+
+// The marker characters of a received program's header lines.
+inline constexpr QChar MachineMarker = QChar(23);   // ETB: the machine's name
+inline constexpr QChar DirectoryMarker = QChar(24); // CAN: the program directory's name
+inline constexpr QChar ProgramMarker = QChar(25);   // EM: the program's name without extension
+
+// Whether a name that arrived from outside the program may be used as a file or directory
+// name: 1 to 32 characters, none of "\", "/", ":" or a control character, and neither "." nor
+// "..". Anything else could place a file outside the data directories.
+[[nodiscard]] bool AcceptableOutsideName(const QString& name);
+
+// The header values of a received program, from its first three lines. A value that is not an
+// acceptable name counts as absent (empty), so that its default applies; Found still tells
+// that a marker was there, so the header lines are still left out of the filed program.
+struct ReceivedHeader {
+    QString Machine;
+    QString Directory;
+    QString Program;
+    bool Found = false;
+
+    // Examines line number index (0, 1 or 2) for its own marker only.
+    void TakeLine(int index, const QString& line);
+};
+
+// Whether a line is one of the header lines that the filed program leaves out.
+[[nodiscard]] bool HoldsHeaderMarker(const QString& line);
+
+} // namespace kestrova

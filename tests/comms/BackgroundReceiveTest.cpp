@@ -1,0 +1,327 @@
+#include "comms/BackgroundReceive.h"
+
+#include "InstallationFixture.h"
+#include "ScriptedSerialLine.h"
+#include "TestApplication.h"
+#include "settings/SettingsFile.h"
+
+#include <QDirIterator>
+#include <gtest/gtest.h>
+
+using namespace kestrova;
+using kestrova::testing::InstallationFixture;
+using kestrova::testing::ScriptedSerialLine;
+
+namespace {
+
+const QString Cms = QStringLiteral("C:\\Kestrova\\Kestrova.cms");
+const QString Tmp = QStringLiteral("C:\\Kestrova\\Receive.tmp");
+const QString Lst = QStringLiteral("C:\\Kestrova\\Receive.lst");
+const QString Parts = QStringLiteral("C:\\Jobs\\PUNCH1\\Parts\\");
+
+QStringList CmsLines(const QString& port, const QString& trailer, const QString& endSequence = QString(),
+                     const QString& filter = QStringLiteral("0,127")) {
+    return {LabelledLine("Title", "Background receive"),
+            LabelledLine("Port", port),
+            LabelledLine("Baud", "9600"),
+            LabelledLine("Parity", "E"),
+            LabelledLine("Data Bits", "7"),
+            LabelledLine("Stop Bits", "2"),
+            LabelledLine("Handshake", "XON/XOFF"),
+            LabelledLine("Start Mode", ""),
+            LabelledLine("Start Character", ""),
+            LabelledLine("Leader", ""),
+            LabelledLine("Line End", "1,13,1,10"),
+            LabelledLine("Trailer", trailer),
+            LabelledLine("End Sequence", endSequence),
+            LabelledLine("Send Filter", ""),
+            LabelledLine("Receive Filter", filter),
+            LabelledLine("Receive Time Out", "0")};
+}
+
+// Every file below a host directory, as paths relative to it.
+QStringList Tree(const QString& hostDir) {
+    QStringList files;
+    QDirIterator it(hostDir, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (it.hasNext())
+        files << it.next().mid(hostDir.size() + 1);
+    files.sort();
+    return files;
+}
+
+class BackgroundReceiveTest : public ::testing::Test {
+protected:
+    void SetUp() override { kestrova::testing::TestApplication(); }
+
+    // Loads the installation with a "Kestrova.cms" for port 2 and starts the receive.
+    void Begin(const QString& trailer = QStringLiteral("1,37"), const QString& endSequence = QString()) {
+        fx.WriteLines(Cms, CmsLines("2", trailer, endSequence));
+        fx.Load();
+        auto line = std::make_unique<ScriptedSerialLine>();
+        m_line = line.get();
+        receive = std::make_unique<BackgroundReceive>(fx.session(), std::move(line));
+        QObject::connect(receive.get(), &BackgroundReceive::ReceiveListChanged, [this] { ++listChanges; });
+        receive->Start();
+    }
+    ScriptedSerialLine& line() { return *m_line; }
+
+    InstallationFixture fx;
+    std::unique_ptr<BackgroundReceive> receive;
+    int listChanges = 0;
+
+private:
+    ScriptedSerialLine* m_line = nullptr;
+};
+
+} // namespace
+
+TEST_F(BackgroundReceiveTest, StartPreparesTheBackgroundPortAndPortZeroLeavesItClosed) {
+    Begin();
+    EXPECT_TRUE(line().PortOpen());
+    EXPECT_EQ(line().Log(), (QStringList{"CommPort=2", "Settings=9600,E,7,2", "Handshaking=1", "DTREnable=1",
+                                         "RTSEnable=1", "InBufferCount=0", "OutBufferCount=0", "RThreshold=1",
+                                         "SThreshold=0", "InputLen=0", "NullDiscard=1", "PortOpen=1"}));
+    EXPECT_EQ(receive->TempPath(), Tmp);
+    EXPECT_EQ(receive->ListPath(), Lst);
+
+    fx.WriteLines(Cms, CmsLines("0", "1,37"));
+    receive->Start();
+    EXPECT_FALSE(line().PortOpen());
+    EXPECT_FALSE(receive->Settings().Enabled);
+    fx.Remove(Cms);
+    receive->Start();
+    EXPECT_FALSE(line().PortOpen());
+}
+
+TEST_F(BackgroundReceiveTest, TwoProgramsInOneChunkAndTheTrailersLastCharacter) {
+    Begin();
+    line().Feed("abc%def%");
+    EXPECT_EQ(fx.Read(Parts + "New Program 1.prg"), "abc");
+    EXPECT_EQ(fx.Read(Parts + "New Program 2.prg"), "%def");
+    EXPECT_FALSE(receive->Receiving());
+    EXPECT_EQ(fx.ReadLines(Lst), (QStringList{"New Program 1 in Parts for Trumpf Punch 5000",
+                                              "New Program 2 in Parts for Trumpf Punch 5000"}));
+    EXPECT_EQ(receive->ReceiveList().entries, fx.ReadLines(Lst));
+    EXPECT_TRUE(receive->ReceiveFrameVisible());
+    EXPECT_TRUE(fx.Messages().Texts().isEmpty());
+
+    // The same text in two chunks: the first trailer ends its chunk, so its character is lost.
+    line().Feed("abc%");
+    line().Feed("def%");
+    EXPECT_EQ(fx.Read(Parts + "New Program 3.prg"), "abc");
+    EXPECT_EQ(fx.Read(Parts + "New Program 4.prg"), "def");
+}
+
+TEST_F(BackgroundReceiveTest, HeaderLinesNameMachineDirectoryAndProgram) {
+    Begin();
+    EXPECT_FALSE(fx.OnDisk("C:\\Jobs\\RAINER\\Sheets"));
+    line().Feed("\x17rainer\r\n\x18Sheets \r\n  \x19 P100\r\n  G1 X1  \r\n\r\n\tG2\r\nM30");
+    line().Feed("%");
+    EXPECT_EQ(fx.Read("C:\\Jobs\\RAINER\\Sheets\\P100.prg"), "G1 X1\r\nG2\r\nM30\r\n");
+    EXPECT_EQ(fx.ReadLines(Lst), QStringList{"P100 in Sheets for Rainer Combi 1250"});
+}
+
+TEST_F(BackgroundReceiveTest, EachHeaderLineOnlyCountsForItsOwnMarker) {
+    Begin();
+    // ETB in line 2 means nothing; the program name alone is found, so the lines with
+    // markers are all left out.
+    line().Feed("G0\r\n\x17LASER\r\n\x19P7\r\nG1\r\n\x18Late\r\n%");
+    EXPECT_EQ(fx.Read(Parts + "P7.prg"), "G0\r\nG1\r\n");
+    EXPECT_EQ(fx.ReadLines(Lst), QStringList{"P7 in Parts for Trumpf Punch 5000"});
+}
+
+TEST_F(BackgroundReceiveTest, AnUnknownMachineFilesForTheCurrentOne) {
+    Begin();
+    line().Feed("\x17NOSUCH\r\n\x18Parts\r\n\x19P200\r\nG1\r\n%");
+    EXPECT_EQ(fx.Read(Parts + "P200.prg"), "G1\r\n");
+    EXPECT_EQ(fx.ReadLines(Lst), QStringList{"P200 in Parts for Trumpf Punch 5000"});
+    EXPECT_FALSE(fx.OnDisk("C:\\Jobs\\NOSUCH"));
+}
+
+TEST_F(BackgroundReceiveTest, HostileHeaderValuesCountAsAbsent) {
+    Begin();
+    const QStringList before = Tree(fx.Root());
+    line().Feed("\x17..\r\n\x18..\\..\\Evil\r\n\x19/etc/passwd\r\nG1\r\n%");
+    line().Feed("\r\n\x18.\r\n\x19"
+                "C:x\r\nG2\r\n%");
+    line().Feed("\r\n\x18"
+                "A23456789012345678901234567890123\r\n\x19P\x01Q\r\nG3\r\n%");
+    line().Feed("\x17\r\n\x18\r\n\x19"
+                "A2345678901234567890123456789012\r\nG4\r\n%");
+    EXPECT_EQ(fx.Read(Parts + "New Program 1.prg"), "G1\r\n");
+    EXPECT_EQ(fx.Read(Parts + "New Program 2.prg"), "G2\r\n");
+    EXPECT_EQ(fx.Read(Parts + "New Program 3.prg"), "G3\r\n");
+    EXPECT_EQ(fx.Read(Parts + "A2345678901234567890123456789012.prg"), "G4\r\n"); // 32 characters is fine
+    QStringList added = Tree(fx.Root());
+    for (const QString& f : before)
+        added.removeOne(f);
+    EXPECT_EQ(added,
+              (QStringList{"c/Jobs/PUNCH1/Parts/A2345678901234567890123456789012.prg",
+                           "c/Jobs/PUNCH1/Parts/New Program 1.prg", "c/Jobs/PUNCH1/Parts/New Program 2.prg",
+                           "c/Jobs/PUNCH1/Parts/New Program 3.prg", "c/Kestrova/Receive.lst",
+                           "c/Kestrova/Receive.tmp"}));
+}
+
+TEST_F(BackgroundReceiveTest, ReplacesAProgramAndTakesTheFirstFreeDefaultName) {
+    Begin();
+    fx.Write(Parts + "New Program 1.prg", "old one");
+    fx.Write(Parts + "New Program 3.prg", "old three");
+    line().Feed("\r\n\r\n\x19"
+                "Cover\r\nG9\r\n%");
+    line().Feed("raw\r\nbytes \r\n\r\n%");
+    line().Feed("more%");
+    EXPECT_EQ(fx.Read(Parts + "Cover.prg"), "G9\r\n");
+    EXPECT_EQ(fx.Read(Parts + "New Program 2.prg"), "raw\r\nbytes \r\n\r\n"); // byte for byte
+    EXPECT_EQ(fx.Read(Parts + "New Program 1.prg"), "old one");
+    EXPECT_EQ(fx.Read(Parts + "New Program 4.prg"), "more");
+    EXPECT_TRUE(fx.Messages().Texts().isEmpty());
+}
+
+TEST_F(BackgroundReceiveTest, FilteredCharactersStillEndAProgram) {
+    Begin("1,127");
+    // NULs never get past the line; the filter drops DEL from the file even as the trailer.
+    line().Feed(QByteArray("A\0B\x7f"
+                           "CD\x7f",
+                           7));
+    EXPECT_EQ(fx.Read(Parts + "New Program 1.prg"), "AB");
+    EXPECT_EQ(fx.Read(Parts + "New Program 2.prg"), "CD");
+    receive->TakeReceivedText(QString::fromLatin1(QByteArray("X\0Y\x7f", 4)));
+    EXPECT_EQ(fx.Read(Parts + "New Program 3.prg"), "XY");
+}
+
+TEST_F(BackgroundReceiveTest, TooShortProgramsAreDiscardedSilently) {
+    Begin();
+    line().Feed("%"); // an empty program
+    line().Feed("x%");
+    EXPECT_FALSE(fx.OnDisk(Tmp));
+    EXPECT_FALSE(fx.OnDisk(Lst));
+    EXPECT_FALSE(fx.OnDisk(Parts + "New Program 1.prg"));
+    EXPECT_FALSE(receive->ReceiveFrameVisible());
+    EXPECT_TRUE(fx.Messages().Texts().isEmpty());
+    line().Feed("xy%");
+    EXPECT_EQ(fx.Read(Parts + "New Program 1.prg"), "xy");
+}
+
+TEST_F(BackgroundReceiveTest, TheCharacterAfterATrailerNeverStartsTheNextOne) {
+    Begin();
+    // The match is left full after a trailer, so the next character always resets it.
+    line().Feed("ab%");
+    line().Feed("%cd%");
+    EXPECT_EQ(fx.Read(Parts + "New Program 1.prg"), "ab");
+    EXPECT_EQ(fx.Read(Parts + "New Program 2.prg"), "%cd");
+    line().Feed("ef%%gh%");
+    EXPECT_EQ(fx.Read(Parts + "New Program 3.prg"), "ef");
+    EXPECT_EQ(fx.Read(Parts + "New Program 4.prg"), "%%gh");
+}
+
+TEST_F(BackgroundReceiveTest, AMissedTrailerAndAnEmptyTrailer) {
+    Begin("1,97,1,98"); // "ab"
+    // The second "a" breaks the match and is not tried as a new start: "aab" ends nothing.
+    line().Feed("xaab");
+    EXPECT_TRUE(receive->Receiving());
+    line().Feed("ab");
+    EXPECT_EQ(fx.Read(Parts + "New Program 1.prg"), "xaaba");
+
+    fx.WriteLines(Cms, CmsLines("2", ""));
+    receive->Start();
+    line().Feed("abc%def%");
+    line().Feed("ghi");
+    EXPECT_TRUE(receive->Receiving());
+    EXPECT_TRUE(fx.OnDisk(Tmp));
+    EXPECT_FALSE(fx.OnDisk(Parts + "New Program 2.prg"));
+    EXPECT_EQ(fx.ReadLines(Lst).size(), 1);
+}
+
+TEST_F(BackgroundReceiveTest, TheEndMatchIsComparedOverTheTrailersLength) {
+    Begin("1,37,1,37", "1,37,1,65"); // trailer "%%", end sequence "%A"
+    line().Feed("x%");
+    EXPECT_EQ(receive->TrailerMatch(), "%");
+    EXPECT_EQ(receive->EndMatch(), "%");
+    line().Feed("A");
+    // "%A" is the whole end sequence, but the trailer's match has just been reset to nothing.
+    EXPECT_EQ(receive->TrailerMatch(), "");
+    EXPECT_EQ(receive->EndMatch(), "");
+    EXPECT_TRUE(receive->Receiving());
+    line().Feed("%%");
+    EXPECT_EQ(fx.Read(Parts + "New Program 1.prg"), "x%A%");
+}
+
+TEST_F(BackgroundReceiveTest, OneMachineListsWithoutTheMachine) {
+    fx.WriteLines(
+        "C:\\Kestrova\\Machine.lst",
+        {QStringLiteral("1,\"Trumpf Punch 5000\",\"PUNCH1\",\"Setman\",\"P\""), QStringLiteral("******")});
+    Begin();
+    line().Feed("\x17PUNCH1\r\n\x18Parts\r\n\x19P100\r\nG1\r\n%");
+    EXPECT_EQ(fx.ReadLines(Lst), QStringList{"P100 in Parts"});
+}
+
+TEST_F(BackgroundReceiveTest, AListShorterThanFourBytesIsTreatedAsAbsent) {
+    fx.Write(Lst, "ab\r");
+    Begin();
+    EXPECT_FALSE(fx.OnDisk(Lst)); // deleted by the refresh at start
+    EXPECT_FALSE(receive->ReceiveFrameVisible());
+    fx.Write(Lst, "ab\r");
+    line().Feed("xy%");
+    EXPECT_EQ(fx.ReadLines(Lst), QStringList{"New Program 1 in Parts for Trumpf Punch 5000"});
+    fx.Write(Lst, "  First  \r\n\r\n Second\r\n");
+    receive->RefreshReceiveList();
+    EXPECT_EQ(receive->ReceiveList().entries, (QStringList{"First", "Second"}));
+    EXPECT_TRUE(receive->ReceiveFrameVisible());
+}
+
+TEST_F(BackgroundReceiveTest, TheReceiveButtonForgetsTheListAndTheListIsReadOnly) {
+    Begin();
+    line().Feed("xy%");
+    const int changes = listChanges;
+    ASSERT_TRUE(receive->ReceiveFrameVisible());
+    const_cast<ListModel&>(receive->ReceiveList()).selected = 0;
+    EXPECT_TRUE(receive->ReceiveList_GotFocus());
+    EXPECT_EQ(receive->ReceiveList().selected, -1);
+
+    receive->ReceiveButton_Click();
+    EXPECT_FALSE(fx.OnDisk(Lst));
+    EXPECT_FALSE(receive->ReceiveFrameVisible());
+    EXPECT_EQ(receive->ReceiveList().Count(), 1); // refilled only at the next refresh
+    EXPECT_GT(listChanges, changes);
+    EXPECT_FALSE(receive->ReceiveList_GotFocus());
+    receive->RefreshReceiveList();
+    EXPECT_EQ(receive->ReceiveList().Count(), 0);
+}
+
+TEST_F(BackgroundReceiveTest, StoppingInTheMiddleDiscardsTheProgram) {
+    Begin();
+    line().Feed("half a progr");
+    EXPECT_TRUE(fx.OnDisk(Tmp));
+    receive->Stop();
+    EXPECT_FALSE(line().PortOpen());
+    EXPECT_FALSE(fx.OnDisk(Tmp));
+    EXPECT_FALSE(receive->Receiving());
+    receive->Start();
+    line().Feed("am%");
+    EXPECT_EQ(fx.Read(Parts + "New Program 1.prg"), "am");
+}
+
+TEST_F(BackgroundReceiveTest, AHangUpClosesThePortReportsOnceAndFilesNothing) {
+    Begin();
+    line().Feed("G1\r\nG2");
+    line().HangUp();
+    line().HangUp();
+    EXPECT_FALSE(line().PortOpen());
+    EXPECT_FALSE(fx.OnDisk(Tmp));
+    EXPECT_FALSE(fx.OnDisk(Lst));
+    ASSERT_EQ(fx.Messages().Texts().size(), 1);
+    EXPECT_TRUE(fx.Messages().Texts().first().contains("\"COM2\""))
+        << fx.Messages().Texts().first().toStdString();
+    EXPECT_TRUE(Tree(fx.Host("C:\\Jobs\\PUNCH1\\Parts")).filter("New Program").isEmpty());
+}
+
+TEST_F(BackgroundReceiveTest, AFilingErrorIsShownOnceAndTheReceiveGoesOn) {
+    Begin();
+    fx.Remove("C:\\Jobs\\RAINER");
+    line().Feed("\x17RAINER\r\n\x18Sheets\r\nG1\r\n%G2%");
+    ASSERT_EQ(fx.Messages().Texts().size(), 1);
+    EXPECT_TRUE(fx.Messages().Texts().first().contains("Path not found"));
+    EXPECT_TRUE(line().PortOpen());
+    line().Feed("G3%");
+    EXPECT_EQ(fx.Read(Parts + "New Program 1.prg"), "G3");
+}

@@ -1,0 +1,124 @@
+#include "comms/PortSetup.h"
+
+#include "ScriptedSerialLine.h"
+#include "TestApplication.h"
+#include "comms/Pause.h"
+
+#include <QTimer>
+#include <gtest/gtest.h>
+
+using namespace kestrova;
+using kestrova::testing::ScriptedSerialLine;
+using kestrova::testing::TestApplication;
+
+TEST(PortSetup, ValuesForEachKindOfTransfer) {
+    struct Row {
+        TransferKind kind;
+        int handshakeIn;
+        PortSetup expected;
+    };
+    const QString s = QStringLiteral("9600,E,7,2");
+    const Row rows[] = {
+        // The XON/XOFF-only code is held back while waiting, but not RTS/CTS and not both.
+        {TransferKind::SendWaiting, 1, {3, s, 0, true, true, 1, 0, 0, false}},
+        {TransferKind::SendWaiting, 3, {3, s, 3, true, true, 1, 0, 0, false}},
+        {TransferKind::SendWaiting, 2, {3, s, 2, true, true, 1, 0, 0, false}},
+        {TransferKind::SendTransmitting, 1, {3, s, 1, true, true, 128, 0, 0, true}},
+        {TransferKind::DialogueSend, 3, {3, s, 0, false, false, 0, 0, 0, false}},
+        {TransferKind::GeneralReceive, 1, {3, s, 1, true, true, 0, 0, 0, true}},
+        {TransferKind::DialogueReceive, 2, {3, s, 0, false, false, 0, 0, 1, false}},
+        {TransferKind::Background, 1, {3, s, 1, true, true, 1, 0, 0, true}},
+    };
+    for (const Row& row : rows)
+        EXPECT_EQ(PortSetupFor(row.kind, 3, s, row.handshakeIn), row.expected)
+            << "kind " << int(row.kind) << " handshake " << row.handshakeIn;
+}
+
+TEST(PortSetup, PropertiesAreSetInTheOneOrderAndThePortOpenedLast) {
+    ScriptedSerialLine line;
+    PreparePort(line, PortSetupFor(TransferKind::Background, 2, "9600,E,7,2", 1));
+    EXPECT_EQ(line.Log(), (QStringList{"CommPort=2", "Settings=9600,E,7,2", "Handshaking=1", "DTREnable=1",
+                                       "RTSEnable=1", "InBufferCount=0", "OutBufferCount=0", "RThreshold=1",
+                                       "SThreshold=0", "InputLen=0", "NullDiscard=1", "PortOpen=1"}));
+    EXPECT_TRUE(line.PortOpen());
+}
+
+TEST(PortSetup, AnOpenPortStaysOpenAndKeepsItsNumber) {
+    ScriptedSerialLine line;
+    PreparePort(line, PortSetupFor(TransferKind::Background, 2, "9600,E,7,2", 1));
+    line.ClearLog();
+    PreparePort(line, PortSetupFor(TransferKind::GeneralReceive, 5, "4800,N,8,1", 2));
+    EXPECT_EQ(line.Opens(), 1);
+    EXPECT_EQ(line.CommPort(), 2);
+    EXPECT_FALSE(line.Log().contains("PortOpen=1"));
+    EXPECT_EQ(line.Settings(), "4800,N,8,1");
+    EXPECT_EQ(line.Handshaking(), 2);
+}
+
+TEST(PortSetup, ARejectedSettingsStringOrPortFailsBeforeOpening) {
+    ScriptedSerialLine line;
+    for (const char* bad : {"2,2,2,2", "9600,E,7", "9600,X,7,2", "fast,E,7,2", "9600,E,9,1", ""}) {
+        try {
+            PreparePort(line, PortSetupFor(TransferKind::Background, 2, bad, 0));
+            ADD_FAILURE() << bad << " was taken";
+        } catch (const DeviceUnavailableError& e) {
+            EXPECT_EQ(e.subject(), "COM2");
+        }
+        EXPECT_FALSE(line.PortOpen()) << bad;
+    }
+    line.FailNextOpen(SystemError::Kind::DeviceUnavailable, "in use");
+    EXPECT_THROW(PreparePort(line, PortSetupFor(TransferKind::Background, 2, "9600,E,7,2", 0)),
+                 DeviceUnavailableError);
+    EXPECT_FALSE(line.PortOpen());
+}
+
+TEST(Pause, BelowOneReturnsAtOnceWithoutRunningEvents) {
+    TestApplication();
+    PauseTimer pause;
+    bool ran = false;
+    QTimer::singleShot(0, [&] { ran = true; });
+    pause.Pause(0);
+    pause.Pause(-7);
+    EXPECT_FALSE(ran);
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(ran);
+}
+
+TEST(Pause, EventsRunDuringAPauseAndItEndsWhenTheTimerFires) {
+    TestApplication();
+    PauseTimer pause;
+    int seenInterval = -1;
+    QTimer::singleShot(0, [&] { seenInterval = pause.Interval(); });
+    pause.Pause(20);
+    EXPECT_EQ(seenInterval, 20);
+    EXPECT_TRUE(pause.Elapsed());
+    EXPECT_EQ(pause.Interval(), 0);
+}
+
+TEST(Pause, LongPausesAreClampedAndStoppingTheTimerEndsThem) {
+    TestApplication();
+    PauseTimer pause;
+    int seenInterval = -1;
+    QTimer::singleShot(0, [&] {
+        seenInterval = pause.Interval();
+        pause.Cancel();
+    });
+    pause.Pause(100000);
+    EXPECT_EQ(seenInterval, 65535);
+    EXPECT_FALSE(pause.Elapsed());
+    EXPECT_EQ(pause.Interval(), 0);
+}
+
+TEST(Pause, APauseStartedDuringAnotherTakesTheOneTimerOver) {
+    TestApplication();
+    PauseTimer& shared = PauseTimer::Shared();
+    EXPECT_EQ(&shared, &PauseTimer::Shared());
+    bool innerDone = false;
+    QTimer::singleShot(0, [&] {
+        shared.Pause(5);
+        innerDone = true;
+    });
+    shared.Pause(60000); // ends with the inner one, long before its own time
+    EXPECT_TRUE(innerDone);
+    EXPECT_EQ(shared.Interval(), 0);
+}

@@ -1,0 +1,139 @@
+// The host's serial line on a real pseudo-terminal, with the simulated machine at the far end.
+#include "InstallationFixture.h"
+#include "SimulatorProcess.h"
+#include "TestApplication.h"
+#include "platform/QtSerialLine.h"
+
+#include <QFile>
+#include <gtest/gtest.h>
+
+using namespace kestrova;
+using namespace kestrova::testing;
+
+namespace {
+
+class SerialPty : public ::testing::Test {
+protected:
+    void SetUp() override {
+        TestApplication();
+        machine = std::make_unique<SimulatorProcess>(fx.Host("C:\\Kestrova\\Devices.cfg"), 2);
+        line = std::make_unique<QtSerialLine>(fx.Files().Devices());
+        QObject::connect(line.get(), &SerialLine::Comm, [this](CommEvent e) {
+            if (e == CommEvent::Receive)
+                received += line->Input();
+        });
+        QObject::connect(line.get(), &SerialLine::LineLost, [this](const QString& m) {
+            lost << m;
+            openWhenLost = line->PortOpen();
+        });
+    }
+    void Open(int handshaking) {
+        line->SetCommPort(2);
+        line->SetSettings("9600,E,7,2");
+        line->SetHandshaking(handshaking);
+        line->SetDTREnable(true);
+        line->SetRTSEnable(true);
+        line->SetRThreshold(1);
+        line->SetPortOpen(true);
+        machine->Run("wait-open 5000");
+    }
+    QString File(const QString& name, const QByteArray& bytes) {
+        const QString path = fx.Root() + u'/' + name;
+        QFile f(path);
+        EXPECT_TRUE(f.open(QIODevice::WriteOnly));
+        f.write(bytes);
+        return path;
+    }
+    QByteArray Recorded(const QString& path) {
+        QFile f(path);
+        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<nothing>");
+    }
+
+    InstallationFixture fx;
+    std::unique_ptr<SimulatorProcess> machine;
+    std::unique_ptr<QtSerialLine> line;
+    QString received;
+    QStringList lost;
+    bool openWhenLost = true;
+};
+
+} // namespace
+
+TEST_F(SerialPty, PortsMapThroughTheDeviceMapAndModemLineRefusalsAreHarmless) {
+    line->SetCommPort(2);
+    EXPECT_EQ(line->Device(), machine->Device());
+    Open(3); // RTS/CTS and DTR requests the pseudo-terminal refuses
+    EXPECT_TRUE(line->PortOpen());
+    machine->Run("send " + File("a.txt", "hello") + " chunk=2 pace=20");
+    ASSERT_TRUE(RunEventsUntil([&] { return received.size() >= 5; }));
+    EXPECT_EQ(received, "hello");
+    EXPECT_TRUE(lost.isEmpty());
+
+    DeviceMap missing;
+    missing.SetPort(9, fx.Root() + "/no-such-device");
+    QtSerialLine absent(missing);
+    absent.SetCommPort(9);
+    try {
+        absent.SetPortOpen(true);
+        ADD_FAILURE() << "opened a missing device";
+    } catch (const DeviceUnavailableError& e) {
+        EXPECT_EQ(e.subject(), "COM9");
+    }
+    EXPECT_FALSE(absent.PortOpen());
+}
+
+TEST_F(SerialPty, NullDiscardAndTheReceiveThreshold) {
+    Open(0);
+    line->SetNullDiscard(true);
+    line->SetRThreshold(0); // no events: the characters wait in the buffer
+    machine->Run("send " + File("n.bin", QByteArray("a\0b\0c", 5)));
+    ASSERT_TRUE(RunEventsUntil([&] { return line->InBufferCount() >= 3; }));
+    EXPECT_TRUE(received.isEmpty());
+    line->SetInputLen(2);
+    EXPECT_EQ(line->Input(), "ab");
+    EXPECT_EQ(line->Input(), "c");
+    EXPECT_EQ(line->InBufferCount(), 0);
+}
+
+TEST_F(SerialPty, XonXoffIsDoneByTheLineAndNeverReachesTheProgram) {
+    Open(1);
+    machine->Run("send " + File("xoff.bin", "\x13x"));
+    ASSERT_TRUE(RunEventsUntil([&] { return received.size() >= 1; }));
+    EXPECT_EQ(received, "x");
+    line->Output("HELD BACK");
+    EXPECT_EQ(line->OutBufferCount(), 9); // held by the XOFF
+    // The machine asks for the rest with an XON as its start character.
+    machine->Run("receive " + fx.Root() + "/got.bin start=17 trailer=1,75 idle=5000");
+    EXPECT_EQ(Recorded(fx.Root() + "/got.bin"), "HELD BACK");
+    machine->Run("send " + File("y.bin", "y"));
+    ASSERT_TRUE(RunEventsUntil([&] { return received.size() >= 2; }));
+    EXPECT_EQ(received, "xy");
+    EXPECT_EQ(line->OutBufferCount(), 0);
+}
+
+TEST_F(SerialPty, ClosingLetsEverythingWrittenLeaveFirst) {
+    Open(0);
+    QByteArray big;
+    for (int i = 0; i < 20000; ++i)
+        big += char('A' + i % 26);
+    machine->Start("receive " + fx.Root() + "/big.bin trailer=1,37 idle=5000");
+    line->Output(QString::fromLatin1(big + '%'));
+    line->SetPortOpen(false); // at once: nothing may be cut off
+    EXPECT_FALSE(line->PortOpen());
+    machine->Finish("receive");
+    EXPECT_EQ(Recorded(fx.Root() + "/big.bin"), big + '%');
+}
+
+TEST_F(SerialPty, AHangUpClosesThePortAndIsReportedOnce) {
+    Open(1);
+    machine->Run("send " + File("part.txt", "G1\r\n"));
+    ASSERT_TRUE(RunEventsUntil([&] { return received.size() >= 4; }));
+    machine->Run("hangup");
+    ASSERT_TRUE(RunEventsUntil([&] { return !lost.isEmpty(); }));
+    EXPECT_FALSE(openWhenLost); // closed before anyone hears of it
+    EXPECT_FALSE(line->PortOpen());
+    // Let events run a while: a line left open would report read errors again and again.
+    RunEventsUntil([] { return false; }, 300);
+    ASSERT_EQ(lost.size(), 1);
+    EXPECT_TRUE(lost.first().contains("\"COM2\"")) << lost.first().toStdString();
+}

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "platform/Errors.h"
+#include "platform/SerialLine.h"
+
+#include <QByteArray>
+#include <QStringList>
+#include <optional>
+
+namespace kestrova::testing {
+
+// A serial line driven by the test: what the far end sends, which modem lines change, when the
+// line hangs up and how fast output leaves are all scripted, and everything the program does
+// to the line is logged, so that every start mode, abort and time-out runs without timing luck.
+//
+// Log() holds one entry per property set, buffer clear and open or close, in order:
+// "CommPort=2", "Settings=9600,E,7,2", "Handshaking=1", "DTREnable=1", "InBufferCount=0",
+// "PortOpen=1", ...
+class ScriptedSerialLine final : public SerialLine {
+public:
+    ScriptedSerialLine() = default;
+
+    // --- The line, as the program sees it --------------------------------------------------------
+    void SetPortOpen(bool open) override;
+    [[nodiscard]] bool PortOpen() const override { return m_open; }
+    [[nodiscard]] int InBufferCount() const override { return int(m_input.size()); }
+    void SetInBufferCount(int count) override;
+    [[nodiscard]] int OutBufferCount() const override { return int(m_queued.size()) + m_kernelBacklog; }
+    void SetOutBufferCount(int count) override;
+    [[nodiscard]] QString Input() override;
+    void Output(const QString& text) override;
+    [[nodiscard]] bool CTSHolding() const override { return m_cts; }
+    [[nodiscard]] bool DSRHolding() const override { return m_dsr; }
+
+    // --- The far end, as the test drives it ------------------------------------------------------
+    // Characters arriving: NullDiscard applies, and the receive event is raised once when
+    // RThreshold or more wait afterwards.
+    void Feed(const QByteArray& bytes);
+    void SetCts(bool on); // raises the CTS change event when it changes on an open port
+    void SetDsr(bool on); // the same for DSR
+    void Raise(CommEvent event);
+    // The far end hangs up: an open port is closed and LineLost raised, once.
+    void HangUp();
+    // Makes the next opening fail with this error.
+    void FailNextOpen(SystemError::Kind kind, const QString& detail = QStringLiteral("scripted"));
+
+    // Output leaves at once unless held; held output waits in the queue until released.
+    void HoldOutput(bool hold);
+    void ReleaseOutput(int count = -1);
+    // Characters the device itself still holds, counted in OutBufferCount until the port closes.
+    void SetKernelBacklog(int count) { m_kernelBacklog = count; }
+
+    [[nodiscard]] const QByteArray& Sent() const { return m_sent; }
+    [[nodiscard]] const QStringList& Log() const { return m_log; }
+    void ClearLog() { m_log.clear(); }
+    [[nodiscard]] int Opens() const { return m_opens; }
+
+protected:
+    void PropertyChanged(const char* name) override;
+
+private:
+    bool m_open = false;
+    bool m_hold = false;
+    bool m_cts = false;
+    bool m_dsr = false;
+    int m_kernelBacklog = 0;
+    int m_opens = 0;
+    QByteArray m_input;
+    QByteArray m_queued;
+    QByteArray m_sent;
+    QStringList m_log;
+    std::optional<std::pair<SystemError::Kind, QString>> m_failOpen;
+};
+
+} // namespace kestrova::testing
