@@ -1,26 +1,127 @@
 #include "Frontend/FrontEnd.h"
 
 #include "Frontend/StartUp.h"
+#include "Frontend/StatusBox.h"
 
-#include <QLabel>
-#include <QStatusBar>
+#include <QAction>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QListWidget>
+#include <QPushButton>
 
 namespace kestrova {
 
-FrontEnd::FrontEnd(Session& session, QWidget* parent)
-    : QMainWindow(parent), m_session(session), m_directoryLabel(new QLabel(this)), m_machineLabel(new QLabel(this)) {
+FrontEnd::FrontEnd(Session& session, ProgramLauncher& launcher, QWidget* parent)
+    : QMainWindow(parent), m_session(session), m_launcher(launcher) {
     setObjectName(QStringLiteral("FrontEnd"));
     setWindowTitle(FrontEndCaption);
-    resize(720, 480);
-    statusBar()->setObjectName(QStringLiteral("StatusBar"));
-    statusBar()->addWidget(m_directoryLabel, 1);
-    statusBar()->addPermanentWidget(m_machineLabel);
+    BuildControls();
+    BuildMenus();
+    ShowLogo();
+    resize(760, 520);
+
+    MenuSetUp();
     ShowStatus();
+    UnlockMenus();
+}
+
+FrontEnd::~FrontEnd() = default;
+
+void FrontEnd::Apply(const QList<EntrySetting>& settings) {
+    for (const EntrySetting& setting : settings) {
+        QAction* action = Entry(setting.entry);
+        if (!action)
+            continue;
+        if (setting.visible)
+            action->setVisible(*setting.visible);
+        if (setting.enabled)
+            action->setEnabled(*setting.enabled);
+    }
+}
+
+void FrontEnd::LockMenus() {
+    Apply(LockedMenus());
+}
+
+void FrontEnd::UnlockMenus() {
+    Apply(UnlockedMenus(m_session.settings));
+}
+
+void FrontEnd::MenuSetUp() {
+    Apply(MenuSetUpTable(m_session.settings));
 }
 
 void FrontEnd::ShowStatus() {
-    m_directoryLabel->setText(QStringLiteral(" ") + m_session.settings.CurrentDir);
-    m_machineLabel->setText(m_session.settings.MachineDescription + QStringLiteral(" "));
+    const GlobalSettings& g = m_session.settings;
+    m_statusBar->Print(QStringLiteral(" ") + g.CurrentDir, g.MachineDescription + QStringLiteral(" "));
+}
+
+void FrontEnd::SetEntryEnabled(const QString& entry, bool enabled) {
+    if (QAction* action = Entry(entry))
+        action->setEnabled(enabled);
+}
+
+void FrontEnd::HideWindow() {
+    hide();
+}
+
+void FrontEnd::ShowWindow() {
+    show();
+    activateWindow();
+}
+
+void FrontEnd::MachineChanged() {
+    for (const auto& hook : m_machineHooks)
+        hook();
+}
+
+void FrontEnd::SetReceivedPrograms(const QStringList& names) {
+    m_receiveList->clear();
+    m_receiveList->addItems(names);
+}
+
+QStringList FrontEnd::ReceivedPrograms() const {
+    QStringList names;
+    for (int i = 0; i < m_receiveList->count(); ++i)
+        names << m_receiveList->item(i)->text();
+    return names;
+}
+
+void FrontEnd::ShowReceiveFrame(bool visible) {
+    m_receiveFrame->setVisible(visible);
+}
+
+void FrontEnd::LeaveReceiveList() {
+    m_receiveList->clearSelection();
+    m_receiveList->setCurrentRow(-1);
+    if (m_receiveButton->isVisible())
+        m_receiveButton->setFocus();
+}
+
+bool FrontEnd::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == m_receiveList && event->type() == QEvent::FocusIn)
+        Q_EMIT ReceiveListFocused();
+    return QMainWindow::eventFilter(watched, event);
+}
+
+void FrontEnd::closeEvent(QCloseEvent* event) {
+    if (!m_unloaded) {
+        m_unloaded = true;
+        for (const auto& hook : m_closeHooks) {
+            try {
+                hook();
+            } catch (const std::exception& error) {
+                // Closing goes on: nothing may keep the program from ending.
+                qWarning().noquote() << QStringLiteral("Kestrova: while closing: %1")
+                                            .arg(QString::fromLocal8Bit(error.what()));
+            }
+        }
+        // Every other window of the program ends with this one.
+        for (QWidget* window : QApplication::topLevelWidgets())
+            if (window != this && window->isVisible())
+                window->close();
+    }
+    event->accept();
 }
 
 } // namespace kestrova

@@ -1,26 +1,121 @@
 #pragma once
 
+#include "Frontend/MainWindowFrame.h"
+#include "Frontend/MenuSetUp.h"
+#include "Frontend/PackageStart.h"
 #include "Frontend/Session.h"
+#include "platform/ProgramLauncher.h"
 
+#include <QHash>
 #include <QMainWindow>
+#include <QStringList>
+#include <functional>
+#include <vector>
 
+class QFrame;
 class QLabel;
+class QListWidget;
+class QMenu;
+class QPushButton;
 
 namespace kestrova {
 
-// The main window. For now it shows the caption and the status: the current data directory at
-// the left and the machine's description at the right.
-class FrontEnd : public QMainWindow {
+class StatusBox;
+
+// The main window: the list of programs received in the background, the status bar and the
+// menu bar that offers the whole suite. Every menu entry is a QAction named by its control name
+// (an item of a control array by name and index: "FileItem3"); a menu's entry is its menu action.
+//
+// It opens on an environment and machine already loaded (start-up), then does the menu set-up,
+// shows the status and unlocks the menus.
+class FrontEnd : public QMainWindow, public MainWindowFrame {
     Q_OBJECT
 public:
-    explicit FrontEnd(Session& session, QWidget* parent = nullptr);
+    FrontEnd(Session& session, ProgramLauncher& launcher, QWidget* parent = nullptr);
+    ~FrontEnd() override;
 
-    void ShowStatus();
+    // --- The frame every menu handler uses -------------------------------------------------
+    void LockMenus() override;
+    void UnlockMenus() override;
+    void MenuSetUp() override;
+    void ShowStatus() override;
+    void SetEntryEnabled(const QString& entry, bool enabled) override;
+    void HideWindow() override;
+    void ShowWindow() override;
+    void MachineChanged() override;
+
+    // --- Menu entries by control name --------------------------------------------------------
+    [[nodiscard]] QAction* Entry(const QString& name) const { return m_entries.value(name); }
+    // Every named entry in menu order.
+    [[nodiscard]] const QStringList& EntryNames() const { return m_order; }
+
+    // --- The list of programs received in the background ------------------------------------
+    void SetReceivedPrograms(const QStringList& names);
+    [[nodiscard]] QStringList ReceivedPrograms() const;
+    void ShowReceiveFrame(bool visible);
+    // The list is for reading only: its selection cleared, the focus handed to the receive button.
+    void LeaveReceiveList();
+
+    // --- Hooks for what belongs to the machine and must end with the window -----------------
+    // Runs when a reload finds another machine current.
+    void AddMachineChangedHook(std::function<void()> hook) { m_machineHooks.push_back(std::move(hook)); }
+    // Runs once when the window closes, however it is closed (Exit, the window's close button,
+    // SIGTERM or SIGINT), before the other windows close and the program ends.
+    void AddCloseHook(std::function<void()> hook) { m_closeHooks.push_back(std::move(hook)); }
+
+Q_SIGNALS:
+    void ReceiveButtonClicked();
+    void ReceiveListFocused();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    // --- Controls and menus (FrontEndMenus.cpp) ----------------------------------------------
+    void BuildControls();
+    void BuildMenus();
+    void BuildFileMenu();
+    void BuildEditMenu();
+    void BuildCommsMenu();
+    void BuildSetupMenu();
+    void BuildDataFilesMenu(QMenu* setup);
+    void ShowLogo();
+    QMenu* AddMenu(QWidget* parent, const QString& name, const QString& caption);
+    QAction* AddItem(QMenu* menu, const QString& name, const QString& caption, std::function<void()> handler);
+    QAction* AddBarEntry(const QString& name, const QString& caption, std::function<void()> handler);
+    QAction* AddSeparator(QMenu* menu, const QString& name = {});
+    void Register(const QString& name, QAction* action);
+    void Apply(const QList<EntrySetting>& settings);
+
+    // --- Menu handlers (FrontEndHandlers.cpp) ------------------------------------------------
+    // Errors that no routine handled end the handler here, shown once; the program goes on.
+    void Handle(const std::function<void()>& body);
+    // The common frame of a handler that opens a form: menus locked while it is shown.
+    void InFrame(const std::function<void()>& form);
+    // A form that later builds on this window: its mode set, the frame run.
+    void OpenForm(Int16& mode, int index, bool directoryMayChange);
+    void StartPackageEntry(Package package);
+    void SettingsManagerEntry(int page);
+    void EditDataFile(const QString& entry);
+    void RestoreDefaultsEntry();
+    void OpenManualEntry();
+
     Session& m_session;
-    QLabel* m_directoryLabel;
-    QLabel* m_machineLabel;
+    ProgramLauncher& m_launcher;
+
+    QFrame* m_receiveFrame = nullptr;
+    QPushButton* m_receiveButton = nullptr;
+    QListWidget* m_receiveList = nullptr;
+    QLabel* m_receiveLabel = nullptr;
+    StatusBox* m_statusBar = nullptr;
+    QFrame* m_menuLine = nullptr;
+
+    QHash<QString, QAction*> m_entries;
+    QStringList m_order;
+    std::vector<std::function<void()>> m_machineHooks;
+    std::vector<std::function<void()>> m_closeHooks;
+    bool m_unloaded = false;
 };
 
 } // namespace kestrova

@@ -7,7 +7,8 @@ namespace kestrova {
 // The caption of the main window.
 inline const QString FrontEndCaption = QStringLiteral("Kestrova 32  (8.0)");
 
-// Loads the environment and the current machine, as the main window does when it opens.
+// Loads the environment and the current machine and reads the last-file memory, as the main
+// window does when it opens.
 // An error on the way (a missing or short "Kestrova.cfg", a broken machine list, a missing
 // machine data file) is shown once, naming the file and the reason, and the result is the exit
 // status 1; 0 when everything loaded.

@@ -1,6 +1,8 @@
 #include "Frontend/FrontEnd.h"
 #include "Frontend/QtMessageService.h"
 #include "Frontend/StartUp.h"
+#include "Frontend/TextEditorWindow.h"
+#include "platform/TerminationSignals.h"
 
 #include <QApplication>
 #include <QDir>
@@ -20,8 +22,13 @@ int main(int argc, char* argv[]) {
     if (const int status = LoadAtStartUp(session); status != 0)
         return status;
 
-    FrontEnd window(session);
+    ProgramLauncher launcher(files);
+    FrontEnd window(session, launcher);
+    launcher.SetBuiltInEditor(
+        [&](const QString& file) { return TextEditorWindow::Open(files, messages, file, window); });
     messages.SetParent(&window);
+    // Asked to end by the host, the front end closes the way the operator closes it.
+    const TerminationSignals termination([&window] { window.close(); });
     window.show();
     return QApplication::exec();
 }

@@ -8,7 +8,6 @@
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTimer>
-
 #include <algorithm>
 
 namespace kestrova {
@@ -26,13 +25,11 @@ class HostProcess final : public StartedProgram {
 public:
     explicit HostProcess(std::unique_ptr<QProcess> process) : m_process(std::move(process)) {}
     ~HostProcess() override {
-        // Nobody waits any more (an error ended the wait, or the front end is closing): the
-        // process is not left behind as an orphan of a destroyed handle.
+        // Nobody waits any more: the operator's work in the program must not be cut off. The
+        // handle goes once the program has ended; a front end that ends first leaves it running.
         if (m_process->state() != QProcess::NotRunning) {
-            m_process->terminate();
-            if (!m_process->waitForFinished(2000))
-                m_process->kill();
-            m_process->waitForFinished(2000);
+            QProcess* running = m_process.release();
+            QObject::connect(running, &QProcess::finished, running, &QObject::deleteLater);
         }
     }
     [[nodiscard]] bool Running() const override { return m_process->state() != QProcess::NotRunning; }
@@ -49,7 +46,9 @@ qsizetype LastSeparator(const QString& program) {
     return std::max({program.lastIndexOf(u'\\'), program.lastIndexOf(u'/'), program.lastIndexOf(u':')});
 }
 
-bool IsBareName(const QString& program) { return LastSeparator(program) < 0; }
+bool IsBareName(const QString& program) {
+    return LastSeparator(program) < 0;
+}
 
 } // namespace
 
@@ -146,7 +145,8 @@ std::unique_ptr<StartedProgram> ProgramLauncher::StartCommandLine(const QString&
 std::unique_ptr<StartedProgram> ProgramLauncher::StartEditor(const QString& command, const QString& file) {
     const QString program = command.trimmed();
     const QString lastName = program.mid(LastSeparator(program) + 1);
-    const bool notepad = lastName.isEmpty() || lastName.compare(QLatin1String("Notepad.exe"), Qt::CaseInsensitive) == 0;
+    const bool notepad =
+        lastName.isEmpty() || lastName.compare(QLatin1String("Notepad.exe"), Qt::CaseInsensitive) == 0;
     if (!notepad) {
         if (auto started = Start(program, {file}))
             return started;
@@ -158,17 +158,22 @@ std::unique_ptr<StartedProgram> ProgramLauncher::StartEditor(const QString& comm
     return m_builtInEditor(m_files.FullPath(file));
 }
 
-void LetPendingEventsRun() { QCoreApplication::processEvents(QEventLoop::AllEvents); }
-
-void PauseInEventLoop(std::chrono::milliseconds pause) {
-    QEventLoop loop;
-    QTimer::singleShot(pause, &loop, &QEventLoop::quit);
-    loop.exec();
+void LetPendingEventsRun() {
+    QCoreApplication::processEvents(QEventLoop::AllEvents);
 }
 
-void WaitFor(const StartedProgram& program) {
+bool PauseInEventLoop(std::chrono::milliseconds pause) {
+    QEventLoop loop;
+    QTimer::singleShot(pause, &loop, &QEventLoop::quit);
+    // An application that has been told to quit refuses every further event loop at once.
+    return loop.exec() == 0;
+}
+
+bool WaitFor(const StartedProgram& program) {
     while (program.Running())
-        PauseInEventLoop(PollInterval);
+        if (!PauseInEventLoop(PollInterval))
+            return false;
+    return true;
 }
 
 } // namespace kestrova

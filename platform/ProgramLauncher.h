@@ -4,7 +4,6 @@
 
 #include <QString>
 #include <QStringList>
-
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -14,6 +13,7 @@ namespace kestrova {
 
 // A program the system started and may wait for: a host process, or a window of the system's
 // own that stands in for a program this host cannot run. It is polled, never blocked on.
+// A program nobody holds any more is left to run to its end, never killed.
 class StartedProgram {
 public:
     virtual ~StartedProgram() = default;
@@ -39,7 +39,8 @@ public:
     void SetBuiltInEditor(EditorWindow editor) { m_builtInEditor = std::move(editor); }
 
     // Starts program with files (system paths, handed over as the host names them).
-    [[nodiscard]] std::unique_ptr<StartedProgram> Start(const QString& program, const QStringList& files = {});
+    [[nodiscard]] std::unique_ptr<StartedProgram> Start(const QString& program,
+                                                        const QStringList& files = {});
     // The same without keeping hold of the program: it runs on after the front end is gone.
     [[nodiscard]] bool StartDetached(const QString& program, const QStringList& files = {});
     // A command line as a person typed it: the first word is the program, the rest its arguments.
@@ -64,9 +65,11 @@ private:
 
 // Lets pending events run: the window repaints, timers fire, serial events arrive.
 void LetPendingEventsRun();
-// Lets events run for a while, sleeping in the event loop rather than spinning.
-void PauseInEventLoop(std::chrono::milliseconds pause);
+// Lets events run for a while, sleeping in the event loop rather than spinning. False when the
+// event loop no longer runs because the program is ending.
+[[nodiscard]] bool PauseInEventLoop(std::chrono::milliseconds pause);
 // Waits until the program has ended, polling it and letting pending events run in between.
-void WaitFor(const StartedProgram& program);
+// False when the front end is ending first: the wait is given up and the program runs on.
+[[nodiscard]] bool WaitFor(const StartedProgram& program);
 
 } // namespace kestrova

@@ -194,6 +194,12 @@ void InstallationFixture::Remove(const QString& systemPath) const {
 
 void InstallationFixture::MakeDir(const QString& systemPath) const { QDir().mkpath(Host(systemPath)); }
 
+void InstallationFixture::WriteProgram(const QString& systemPath, const QByteArray& scriptBody) const {
+    Write(systemPath, "#!/bin/sh\n" + scriptBody + "\n");
+    QFile::setPermissions(Host(systemPath), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner |
+                                                QFile::ReadGroup | QFile::ExeGroup);
+}
+
 FileSystem& InstallationFixture::Files() {
     if (!m_files)
         m_files = std::make_unique<FileSystem>(FileSystem::AtStartDirectory(StartDir()));

@@ -49,6 +49,9 @@ public:
     [[nodiscard]] bool OnDisk(const QString& systemPath) const;
     void Remove(const QString& systemPath) const;
     void MakeDir(const QString& systemPath) const;
+    // A program for the host to run: a shell script with the given body, marked executable.
+    // It runs in the host directory of the installation's current directory.
+    void WriteProgram(const QString& systemPath, const QByteArray& scriptBody) const;
 
     // The installation as the program sees it; made on first use, so that tests can change
     // "Devices.cfg" first.

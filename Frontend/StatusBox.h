@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QFrame>
+#include <QString>
+
+namespace kestrova {
+
+// The status bar at the foot of the main window: the current data directory at the left edge,
+// the machine's description right-aligned, both centred in the height of the box.
+class StatusBox : public QFrame {
+    Q_OBJECT
+public:
+    explicit StatusBox(QWidget* parent = nullptr);
+
+    // Clears the box and prints the two texts.
+    void Print(const QString& left, const QString& right);
+    [[nodiscard]] const QString& LeftText() const { return m_left; }
+    [[nodiscard]] const QString& RightText() const { return m_right; }
+
+    [[nodiscard]] QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    QString m_left;
+    QString m_right;
+};
+
+} // namespace kestrova

@@ -1,0 +1,88 @@
+#include "filestore/LastFile.h"
+
+#include "InstallationFixture.h"
+
+#include <gtest/gtest.h>
+
+using namespace kestrova;
+using kestrova::testing::InstallationFixture;
+
+namespace {
+
+const QString LastFileLst = QStringLiteral("C:\\Kestrova\\Lastfile.lst");
+
+class LastFileTest : public ::testing::Test {
+protected:
+    void SetUp() override { fixture.Load(); }
+    InstallationFixture fixture;
+};
+
+TEST_F(LastFileTest, RememberWritesDirectoryNameAndEndMarker) {
+    RememberLastFile(fixture.session(), QStringLiteral("  Parts "), QStringLiteral(" Bracket  "));
+    EXPECT_EQ(fixture.Read(LastFileLst), QByteArray("Parts\r\nBracket\r\n******\r\n"));
+}
+
+TEST_F(LastFileTest, RememberLeavesTheMemoryForEmptyTextsAndDrives) {
+    RememberLastFile(fixture.session(), QStringLiteral("Parts"), QStringLiteral("Bracket"));
+    const QByteArray before = fixture.Read(LastFileLst);
+    RememberLastFile(fixture.session(), QStringLiteral("A:"), QStringLiteral("Bracket"));
+    RememberLastFile(fixture.session(), QStringLiteral("Parts"), QStringLiteral("   "));
+    RememberLastFile(fixture.session(), QString(), QStringLiteral("Cover"));
+    EXPECT_EQ(fixture.Read(LastFileLst), before);
+}
+
+TEST_F(LastFileTest, RecallFindsTheFileByKind) {
+    RememberLastFile(fixture.session(), QStringLiteral("Parts"), QStringLiteral("Bracket"));
+    for (int kind : {1, 2, 3}) {
+        QString directory, name;
+        EXPECT_TRUE(RecallLastFile(fixture.session(), directory, name, kind)) << "kind " << kind;
+        EXPECT_EQ(directory, QStringLiteral("Parts"));
+        EXPECT_EQ(name, QStringLiteral("Bracket"));
+    }
+}
+
+TEST_F(LastFileTest, AProgramIsNotRecalledAsADrawingAndTheMemoryIsEmptied) {
+    RememberLastFile(fixture.session(), QStringLiteral("Parts"), QStringLiteral("Cover"));
+    QString directory, name;
+    EXPECT_FALSE(RecallLastFile(fixture.session(), directory, name, 1));
+    EXPECT_TRUE(name.isEmpty());
+    EXPECT_EQ(fixture.ReadLines(LastFileLst), QStringList{QStringLiteral("******")});
+    // Emptied: not even the program is recalled any more.
+    EXPECT_FALSE(RecallLastFile(fixture.session(), directory, name, 2));
+}
+
+TEST_F(LastFileTest, RecallReadsItemsWithTheNameCutAtAComma) {
+    fixture.Write(QStringLiteral("C:\\Jobs\\PUNCH1\\Parts\\Left.prg"), "%\r\n");
+    fixture.WriteLines(LastFileLst,
+                       {QStringLiteral("Parts"), QStringLiteral("Left,Right"), QStringLiteral("******")});
+    QString directory, name;
+    EXPECT_TRUE(RecallLastFile(fixture.session(), directory, name, 2));
+    EXPECT_EQ(name, QStringLiteral("Left"));
+}
+
+TEST_F(LastFileTest, AMissingOrEmptiedMemoryRecallsNothing) {
+    QString directory, name;
+    ASSERT_FALSE(fixture.OnDisk(LastFileLst));
+    EXPECT_FALSE(RecallLastFile(fixture.session(), directory, name, 3));
+    EXPECT_FALSE(fixture.OnDisk(LastFileLst));
+
+    ClearLastFile(fixture.session());
+    EXPECT_EQ(fixture.Read(LastFileLst), QByteArray("******\r\n"));
+    EXPECT_FALSE(RecallLastFile(fixture.session(), directory, name, 3));
+
+    // Cut short by hand: one line and no name.
+    fixture.WriteLines(LastFileLst, {QStringLiteral("Parts")});
+    EXPECT_FALSE(RecallLastFile(fixture.session(), directory, name, 3));
+    EXPECT_EQ(fixture.Read(LastFileLst), QByteArray("******\r\n"));
+}
+
+TEST_F(LastFileTest, ARemovedFileIsForgotten) {
+    RememberLastFile(fixture.session(), QStringLiteral("Parts"), QStringLiteral("Bracket"));
+    fixture.Remove(QStringLiteral("C:\\Jobs\\PUNCH1\\Parts\\Bracket.drw"));
+    fixture.Remove(QStringLiteral("C:\\Jobs\\PUNCH1\\Parts\\Bracket.prg"));
+    QString directory, name;
+    EXPECT_FALSE(RecallLastFile(fixture.session(), directory, name, 3));
+    EXPECT_EQ(fixture.Read(LastFileLst), QByteArray("******\r\n"));
+}
+
+} // namespace

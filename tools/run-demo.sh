@@ -1,0 +1,30 @@
+#!/usr/bin/env bash
+# Runs the front end on the demo installation of demo/.
+#
+# The demo is copied to ./demo-run (afresh on every run, so that it always starts as delivered;
+# with --keep an existing copy is used as it was left). The copy gets its device map: C: is
+# demo-run/c, A: (a floppy) demo-run/floppy, E: (a stick) demo-run/usb. Then kestrova starts in
+# the copy's program directory, C:\Kestrova. The sibling programs there are demo stand-ins.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+top=$PWD
+keep=0
+[ "${1:-}" = "--keep" ] && keep=1
+
+tools/deps.sh
+BUILD_DIR=${BUILD_DIR:-build}
+cmake -S . -B "$BUILD_DIR" -G Ninja >/dev/null
+cmake --build "$BUILD_DIR" --target kestrova kestrova-standin
+
+run=$top/demo-run
+if [ "$keep" -eq 0 ] || [ ! -d "$run" ]; then
+    rm -rf "$run"
+    cp -a demo "$run"
+fi
+mkdir -p "$run/floppy" "$run/usb"
+cp "$BUILD_DIR/Frontend/kestrova-standin" "$run/c/Kestrova/StandIn/"
+printf '%s\r\n' "C: fixed $run/c" "A: removable $run/floppy" "E: removable $run/usb" "******" \
+    >"$run/c/Kestrova/Devices.cfg"
+
+cd "$run/c/Kestrova"
+exec "$top/$BUILD_DIR/Frontend/kestrova"
