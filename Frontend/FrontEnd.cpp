@@ -2,6 +2,7 @@
 
 #include "Frontend/StartUp.h"
 #include "Frontend/StatusBox.h"
+#include "comms/BackgroundReceive.h"
 
 #include <QAction>
 #include <QApplication>
@@ -11,7 +12,8 @@
 
 namespace kestrova {
 
-FrontEnd::FrontEnd(Session& session, ProgramLauncher& launcher, QWidget* parent)
+FrontEnd::FrontEnd(Session& session, ProgramLauncher& launcher, std::unique_ptr<SerialLine> backgroundLine,
+                   QWidget* parent)
     : QMainWindow(parent), m_session(session), m_launcher(launcher) {
     setObjectName(QStringLiteral("FrontEnd"));
     setWindowTitle(FrontEndCaption);
@@ -20,6 +22,15 @@ FrontEnd::FrontEnd(Session& session, ProgramLauncher& launcher, QWidget* parent)
     ShowLogo();
     resize(760, 520);
 
+    // Its place in start-up: after the last-file memory, before the menu set-up.
+    SetUpBackgroundReceive(std::move(backgroundLine));
+    try {
+        m_receive->Start();
+    } catch (const SystemError& error) {
+        // An error at start-up is shown once and ends the program.
+        m_session.messages.ShowError(error.text());
+        m_startUpStatus = 1;
+    }
     MenuSetUp();
     ShowStatus();
     UnlockMenus();

@@ -5,11 +5,13 @@
 #include "Frontend/PackageStart.h"
 #include "Frontend/Session.h"
 #include "platform/ProgramLauncher.h"
+#include "platform/SerialLine.h"
 
 #include <QHash>
 #include <QMainWindow>
 #include <QStringList>
 #include <functional>
+#include <memory>
 #include <vector>
 
 class QFrame;
@@ -20,19 +22,29 @@ class QPushButton;
 
 namespace kestrova {
 
+class BackgroundReceive;
 class StatusBox;
 
 // The main window: the list of programs received in the background, the status bar and the
 // menu bar that offers the whole suite. Every menu entry is a QAction named by its control name
 // (an item of a control array by name and index: "FileItem3"); a menu's entry is its menu action.
 //
-// It opens on an environment and machine already loaded (start-up), then does the menu set-up,
-// shows the status and unlocks the menus.
+// It opens on an environment and machine already loaded (start-up), sets up the background
+// receive (RcvComms), then does the menu set-up, shows the status and unlocks the menus. The
+// background receive is started again after a machine change and stopped when the window closes.
+//
+// The background receive listens on the host's serial port of the device map; a test or a load
+// measurement hands in a line of its own instead.
 class FrontEnd : public QMainWindow, public MainWindowFrame {
     Q_OBJECT
 public:
-    FrontEnd(Session& session, ProgramLauncher& launcher, QWidget* parent = nullptr);
+    FrontEnd(Session& session, ProgramLauncher& launcher, std::unique_ptr<SerialLine> backgroundLine = {},
+             QWidget* parent = nullptr);
     ~FrontEnd() override;
+
+    // 0 when the window opened as it should; 1 when start-up met an error it has already shown
+    // (the background port could not open): the program then ends with this status.
+    [[nodiscard]] int StartUpStatus() const { return m_startUpStatus; }
 
     // --- The frame every menu handler uses -------------------------------------------------
     void LockMenus() override;
@@ -55,6 +67,8 @@ public:
     void ShowReceiveFrame(bool visible);
     // The list is for reading only: its selection cleared, the focus handed to the receive button.
     void LeaveReceiveList();
+    // The background receive behind the list (RcvComms and the programs it files).
+    [[nodiscard]] BackgroundReceive& Receive() { return *m_receive; }
 
     // --- Hooks for what belongs to the machine and must end with the window -----------------
     // Runs when a reload finds another machine current.
@@ -101,6 +115,12 @@ private:
     void RestoreDefaultsEntry();
     void OpenManualEntry();
 
+    // --- The background receive (FrontEndReceive.cpp) ---------------------------------------
+    void SetUpBackgroundReceive(std::unique_ptr<SerialLine> line);
+    // Starts (or starts again) the background receive; a port that cannot open is shown once.
+    void StartBackgroundReceive();
+    void MirrorReceiveList();
+
     Session& m_session;
     ProgramLauncher& m_launcher;
 
@@ -116,6 +136,8 @@ private:
     std::vector<std::function<void()>> m_machineHooks;
     std::vector<std::function<void()>> m_closeHooks;
     bool m_unloaded = false;
+    int m_startUpStatus = 0;
+    std::unique_ptr<BackgroundReceive> m_receive;
 };
 
 } // namespace kestrova

@@ -26,6 +26,8 @@ void FrontEnd::BuildControls() {
     m_receiveButton->setObjectName(QStringLiteral("ReceiveButton"));
     m_receiveList = new QListWidget(m_receiveFrame);
     m_receiveList->setObjectName(QStringLiteral("ReceiveList"));
+    // One line per program: the list lays out in constant time however long it grows.
+    m_receiveList->setUniformItemSizes(true);
     m_receiveList->installEventFilter(this);
     m_receiveLabel = new QLabel(QStringLiteral("Programs Received"), m_receiveFrame);
     m_receiveLabel->setObjectName(QStringLiteral("ReceiveLabel"));

@@ -24,6 +24,8 @@ int main(int argc, char* argv[]) {
 
     ProgramLauncher launcher(files);
     FrontEnd window(session, launcher);
+    if (window.StartUpStatus() != 0)
+        return window.StartUpStatus();
     launcher.SetBuiltInEditor(
         [&](const QString& file) { return TextEditorWindow::Open(files, messages, file, window); });
     messages.SetParent(&window);

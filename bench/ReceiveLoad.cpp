@@ -1,21 +1,25 @@
 // Load of the background receive: 1,000 programs of 20 KB sent back to back by the simulated
-// machine at full pseudo-terminal speed. Reports throughput and CPU time per MB, next to a
-// baseline measured in the same run (the same bytes through the same line, taken and thrown
-// away), and the resident memory after the first 100 programs and at the end.
+// machine at full pseudo-terminal speed into the background receive of the running main window
+// (offscreen), or with "core" into the background receive object alone. Reports throughput and
+// CPU time per MB, next to a baseline measured in the same run (the same bytes through the same
+// line, taken and thrown away), and the resident memory after the first 100 programs and at the
+// end.
 //
-//   bench_receive_load [programs] [kilobytes]
+//   bench_receive_load [programs] [kilobytes] [window|core]
+#include "Frontend/FrontEnd.h"
 #include "InstallationFixture.h"
 #include "comms/BackgroundReceive.h"
 #include "platform/QtSerialLine.h"
 #include "settings/SettingsFile.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QDeadlineTimer>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
 #include <QTimer>
 #include <cstdio>
+#include <cstring>
 #include <functional>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -78,9 +82,12 @@ bool RunUntil(const std::function<bool()>& done, int limitMs) {
 } // namespace
 
 int main(int argc, char** argv) {
-    QCoreApplication app(argc, argv);
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
     const int programs = argc > 1 ? std::atoi(argv[1]) : 1000;
     const int kilobytes = argc > 2 ? std::atoi(argv[2]) : 20;
+    const bool intoWindow = !(argc > 3 && std::strcmp(argv[3], "core") == 0);
 
     testing::InstallationFixture fx;
     fx.WriteLines("C:\\Kestrova\\Kestrova.cms",
@@ -138,15 +145,30 @@ int main(int argc, char** argv) {
         line.SetPortOpen(false);
     }
 
-    // The background receive, filing every program.
-    BackgroundReceive receive(fx.session(), std::make_unique<QtSerialLine>(fx.Files().Devices()));
+    // The background receive, filing every program: the main window's, started as the window
+    // opens on the host's port, or the object alone.
+    ProgramLauncher launcher(fx.Files());
+    std::unique_ptr<FrontEnd> window;
+    std::unique_ptr<BackgroundReceive> alone;
+    if (intoWindow) {
+        window = std::make_unique<FrontEnd>(fx.session(), launcher);
+        window->show();
+    } else {
+        alone = std::make_unique<BackgroundReceive>(fx.session(),
+                                                    std::make_unique<QtSerialLine>(fx.Files().Devices()));
+        alone->Start();
+    }
+    BackgroundReceive& receive = window ? window->Receive() : *alone;
+    if (!receive.Line().PortOpen()) {
+        std::fprintf(stderr, "the background port did not open\n");
+        return 1;
+    }
     int filed = 0;
     double rssAt100 = 0;
     QObject::connect(&receive, &BackgroundReceive::ProgramFiled, [&] {
         if (++filed == std::min(100, programs))
             rssAt100 = ResidentMb();
     });
-    receive.Start();
     machine.Start("wait-open 5000");
     const double cpu0 = CpuSeconds();
     QElapsedTimer clock;
@@ -180,14 +202,17 @@ int main(int argc, char** argv) {
             ++wrong;
     }
     const int listed = int(fx.ReadLines("C:\\Kestrova\\Receive.lst").size());
+    const int shown = window ? int(window->ReceivedPrograms().size()) : listed;
 
     std::printf("programs %d of %d KB: %.1f MB\n", programs, kilobytes, megabytes);
     std::printf("baseline (line only):  %.2f MB/s, %.4f CPU s/MB\n", megabytes / baselineWall,
                 baselineCpu / megabytes);
-    std::printf("background receive:    %.2f MB/s, %.4f CPU s/MB\n", megabytes / wall, cpu / megabytes);
+    std::printf("%s %.2f MB/s, %.4f CPU s/MB\n",
+                intoWindow ? "into the main window: " : "background receive:  ", megabytes / wall,
+                cpu / megabytes);
     std::printf("ratio to baseline:     %.2f of the throughput, %.2f times the CPU per MB\n",
                 baselineWall / wall, (cpu / megabytes) / std::max(1e-9, baselineCpu / megabytes));
-    std::printf("filed %d, wrong %d, listed %d\n", filed, wrong, listed);
+    std::printf("filed %d, wrong %d, listed %d, shown %d\n", filed, wrong, listed, shown);
     std::printf("resident memory: %.1f MB after 100 programs, %.1f MB at the end\n", rssAt100, rssEnd);
-    return (wrong == 0 && filed == programs && listed == programs) ? 0 : 1;
+    return (wrong == 0 && filed == programs && listed == programs && shown == programs) ? 0 : 1;
 }

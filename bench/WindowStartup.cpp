@@ -32,6 +32,8 @@ int main(int argc, char* argv[]) {
         return 1;
     ProgramLauncher launcher(files);
     auto window = std::make_unique<FrontEnd>(session, launcher);
+    if (window->StartUpStatus() != 0)
+        return 1;
 #else
     auto window = std::make_unique<QWidget>();
     window->setWindowTitle(QStringLiteral("Baseline"));

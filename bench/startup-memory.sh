@@ -21,6 +21,8 @@ cp -a demo/. "$run/"
 mkdir -p "$run/floppy" "$run/usb"
 printf '%s\r\n' "C: fixed $run/c" "A: removable $run/floppy" "E: removable $run/usb" "******" \
     >"$run/c/Kestrova/Devices.cfg"
+# No machine control is on the demo's background port here: switch the background receive off.
+sed -i '2s/: *2\r$/: 0\r/' "$run/c/Kestrova/Kestrova.cms"
 cd "$run/c/Kestrova"
 
 microseconds() {

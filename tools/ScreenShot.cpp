@@ -33,6 +33,8 @@ int main(int argc, char* argv[]) {
         return 1;
     ProgramLauncher launcher(files);
     FrontEnd window(session, launcher);
+    if (window.StartUpStatus() != 0)
+        return 1;
     messages.SetParent(&window);
     window.resize(900, 560);
     window.move(0, 0);

@@ -3,8 +3,11 @@
 #
 # The demo is copied to ./demo-run (afresh on every run, so that it always starts as delivered;
 # with --keep an existing copy is used as it was left). The copy gets its device map: C: is
-# demo-run/c, A: (a floppy) demo-run/floppy, E: (a stick) demo-run/usb. Then kestrova starts in
-# the copy's program directory, C:\Kestrova. The sibling programs there are demo stand-ins.
+# demo-run/c, A: (a floppy) demo-run/floppy, E: (a stick) demo-run/usb. A simulated machine
+# control (tools/demo-machine.sh) takes the demo's background port, COM2, and sends a sample
+# program shortly after the front end has opened it. Then kestrova starts in the copy's program
+# directory, C:\Kestrova. The sibling programs there are demo stand-ins. The machine ends with
+# the front end.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 top=$PWD
@@ -14,7 +17,7 @@ keep=0
 tools/deps.sh
 BUILD_DIR=${BUILD_DIR:-build}
 cmake -S . -B "$BUILD_DIR" -G Ninja >/dev/null
-cmake --build "$BUILD_DIR" --target kestrova kestrova-standin
+cmake --build "$BUILD_DIR" --target kestrova kestrova-standin kestrova-machine
 
 run=$top/demo-run
 if [ "$keep" -eq 0 ] || [ ! -d "$run" ]; then
@@ -26,5 +29,17 @@ cp "$BUILD_DIR/Frontend/kestrova-standin" "$run/c/Kestrova/StandIn/"
 printf '%s\r\n' "C: fixed $run/c" "A: removable $run/floppy" "E: removable $run/usb" "******" \
     >"$run/c/Kestrova/Devices.cfg"
 
+machine=$(tools/demo-machine.sh "$top/$BUILD_DIR" "$run/c/Kestrova/Devices.cfg" "$run/machine/Louvre.nc")
+trap 'kill "$machine" 2>/dev/null || true' EXIT
+
 cd "$run/c/Kestrova"
-exec "$top/$BUILD_DIR/Frontend/kestrova"
+"$top/$BUILD_DIR/Frontend/kestrova" &
+front=$!
+# Asked to end, the front end closes as the operator closes it (it ignores Ctrl-C as a
+# background job of this script).
+trap 'kill -TERM "$front" 2>/dev/null || true' INT TERM HUP
+status=0
+while kill -0 "$front" 2>/dev/null; do
+    wait "$front" && status=0 || status=$?
+done
+exit "$status"

@@ -9,8 +9,10 @@
 namespace kestrova::testing {
 
 // The one application object of the communication tests: the pause and the lines need an
-// event loop.
+// event loop. Tests of the windows bring their own (a QApplication), which is then the one.
 inline QCoreApplication& TestApplication() {
+    if (QCoreApplication* running = QCoreApplication::instance())
+        return *running;
     static int argc = 1;
     static char name[] = "test_comms";
     static char* argv[] = {name, nullptr};
