@@ -18,10 +18,14 @@
 //                       after that many bytes (and hangup-delay=MS, default 300, to let the
 //                       far end read them), in the middle of the stream
 //   receive FILE [start=CODE] [ack=CODE] [xoff-at=N] [xon-after=MS] [trailer=PAIRS] [idle=MS]
+//               [pace=BAUD] [hangup-after=N]
 //                       wait for a program and record every byte received to FILE: first send
 //                       the start character (17 is XON) if asked; answer "7" after each
 //                       character CODE (a line end) if asked; send XOFF after N bytes and XON
-//                       MS ms later if asked; stop at the trailer, after MS ms of silence once
+//                       MS ms later if asked, and report "held <n>": the bytes that still came
+//                       from 100 ms after the XOFF until the XON; read no faster than a line of
+//                       BAUD baud carries (ten bits a character) if asked; end the line after
+//                       N bytes if asked; stop at the trailer, after MS ms of silence once
 //                       something came (default 2000), or when the far end closes
 //   hangup              close the line and end
 //   quit                end
@@ -60,6 +64,7 @@ const char* const Usage =
     "  send FILE [header=MACHINE,DIR,NAME] [trailer=PAIRS] [chunk=N] [pace=MS]\n"
     "               [hangup-after=N] [hangup-delay=MS]\n"
     "  receive FILE [start=CODE] [ack=CODE] [xoff-at=N] [xon-after=MS] [trailer=PAIRS] [idle=MS]\n"
+    "               [pace=BAUD] [hangup-after=N]\n"
     "  hangup | quit\n";
 
 using Clock = std::chrono::steady_clock;
@@ -258,6 +263,8 @@ public:
         const long xoffAt = c.Number("xoff-at", -1);
         const long xonAfter = c.Number("xon-after", 500);
         const QByteArray trailer = c.Option("trailer") ? Sequence(*c.Option("trailer")) : QByteArray();
+        const long pace = c.Number("pace", 0);
+        const long hangupAfter = c.Number("hangup-after", -1);
         if (const auto start = c.Option("start"))
             Write(QByteArray(1, char(start->toInt())));
 
@@ -265,11 +272,26 @@ public:
         bool xoffSent = false;
         bool xonPending = false;
         Clock::time_point xonDue{};
+        Clock::time_point holdFrom{};
+        long held = 0;
+        const auto began = Clock::now();
         auto last = Clock::now();
         for (;;) {
             if (xonPending && Clock::now() >= xonDue) {
                 Write(QByteArray(1, char(17)));
                 xonPending = false;
+            }
+            // At a paced line's speed only as many bytes as the time so far allows.
+            size_t room = 4096;
+            if (pace > 0) {
+                const auto ms =
+                    std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - began).count();
+                const long long allowed = static_cast<long long>(ms) * pace / 10000 + 1 - got.size();
+                if (allowed <= 0) {
+                    SleepMs(5);
+                    continue;
+                }
+                room = size_t(std::min<long long>(allowed, 4096));
             }
             pollfd p{m_master, POLLIN, 0};
             const int ready = ::poll(&p, 1, 20);
@@ -277,9 +299,11 @@ public:
                 throw Failure(std::string("poll: ") + std::strerror(errno));
             if (ready > 0 && (p.revents & POLLIN)) {
                 char buffer[4096];
-                const ssize_t n = ::read(m_master, buffer, sizeof buffer);
+                const ssize_t n = ::read(m_master, buffer, room);
                 if (n > 0) {
                     last = Clock::now();
+                    if (xonPending && last >= holdFrom)
+                        held += n;
                     for (ssize_t i = 0; i < n; ++i) {
                         got += buffer[i];
                         out.putChar(buffer[i]);
@@ -290,7 +314,12 @@ public:
                             xoffSent = true;
                             xonPending = true;
                             xonDue = Clock::now() + std::chrono::milliseconds(xonAfter);
+                            holdFrom = Clock::now() + std::chrono::milliseconds(100);
                         }
+                    }
+                    if (hangupAfter >= 0 && got.size() >= hangupAfter) {
+                        HangUp(); // what came is recorded; the line ends here
+                        break;
                     }
                     if (!trailer.isEmpty() && got.endsWith(trailer))
                         break;
@@ -305,6 +334,8 @@ public:
                 SleepMs(10); // not open yet: nothing to read
         }
         out.close();
+        if (xoffSent)
+            Say("held " + std::to_string(held));
         Say("received " + std::to_string(got.size()));
     }
 

@@ -1,0 +1,197 @@
+#include "Frontend/SendForm.h"
+
+#include "platform/Errors.h"
+
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QListWidget>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QScopeGuard>
+#include <QSignalBlocker>
+#include <QVBoxLayout>
+
+namespace kestrova {
+
+namespace {
+
+QPushButton* Button(QWidget* parent, const QString& name, const QString& caption) {
+    auto* button = new QPushButton(caption, parent);
+    button->setObjectName(name);
+    button->setAutoDefault(false);
+    return button;
+}
+
+} // namespace
+
+SendForm::SendForm(Session& session, const SerialLineFactory& lines, QWidget* parent, SendKind kind)
+    : QDialog(parent), m_session(session), m_line(lines()),
+      m_engine(std::make_unique<SendEngine>(*m_line, PauseTimer::Shared())),
+      m_logic(session, *m_engine, kind) {
+    setObjectName(QStringLiteral("SendForm"));
+    setWindowTitle(kind == SendKind::Executive ? QStringLiteral("Communications - Send Executive")
+                                               : QStringLiteral("Communications - Send Program"));
+    BuildControls();
+    connect(m_engine.get(), &SendEngine::ProgressChanged, this, &SendForm::ShowProgress);
+    try {
+        m_logic.Form_Load();
+        m_loaded = true;
+    } catch (const SystemError& e) {
+        m_session.messages.ShowError(e.text());
+        return;
+    }
+    {
+        const QSignalBlocker quiet(m_machineCombo);
+        m_machineCombo->addItems(m_logic.Machines());
+        m_machineCombo->setCurrentIndex(m_logic.MachineIndex());
+    }
+    m_machineLabel->setVisible(m_logic.MachineChoice());
+    m_machineCombo->setVisible(m_logic.MachineChoice());
+    FillLists();
+    ShowProgress();
+}
+
+SendForm::~SendForm() = default;
+
+void SendForm::BuildControls() {
+    m_choices = new QWidget(this);
+    auto* grid = new QGridLayout(m_choices);
+    grid->setContentsMargins(0, 0, 0, 0);
+    m_machineLabel = new QLabel(QStringLiteral("Machine"), m_choices);
+    m_machineCombo = new QComboBox(m_choices);
+    m_machineCombo->setObjectName(QStringLiteral("MachineCombo"));
+    m_directoryList = new QListWidget(m_choices);
+    m_directoryList->setObjectName(QStringLiteral("DirectoryList"));
+    m_fileList = new QListWidget(m_choices);
+    m_fileList->setObjectName(QStringLiteral("FileList"));
+    m_fileList->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    grid->addWidget(m_machineLabel, 0, 0);
+    grid->addWidget(m_machineCombo, 0, 1);
+    grid->addWidget(new QLabel(QStringLiteral("Directory"), m_choices), 1, 0);
+    grid->addWidget(new QLabel(QStringLiteral("Programs"), m_choices), 1, 1);
+    grid->addWidget(m_directoryList, 2, 0);
+    grid->addWidget(m_fileList, 2, 1);
+
+    m_sendLabel = new QLabel(this);
+    m_sendLabel->setObjectName(QStringLiteral("SendLabel"));
+    m_sendLabel->setAlignment(Qt::AlignCenter);
+    m_progress = new QProgressBar(this);
+    m_progress->setObjectName(QStringLiteral("SendProgress"));
+    m_progress->setRange(0, 100);
+
+    m_sendOk = Button(this, QStringLiteral("SendOk"), QStringLiteral("&Send"));
+    m_sendCncl = Button(this, QStringLiteral("SendCncl"), QStringLiteral("Cancel"));
+    m_sendFrc = Button(this, QStringLiteral("SendFrc"), QStringLiteral("&Force Start"));
+    m_sendAbrt = Button(this, QStringLiteral("SendAbrt"), QStringLiteral("&Abort"));
+    auto* buttons = new QHBoxLayout;
+    for (QPushButton* b : {m_sendOk, m_sendCncl, m_sendFrc, m_sendAbrt})
+        buttons->addWidget(b);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(m_choices);
+    layout->addWidget(m_sendLabel);
+    layout->addWidget(m_progress);
+    layout->addLayout(buttons);
+
+    connect(m_machineCombo, &QComboBox::activated, this, &SendForm::MachineCombo_Click);
+    connect(m_directoryList, &QListWidget::itemClicked, this, &SendForm::DirectoryList_Click);
+    connect(m_sendOk, &QPushButton::clicked, this, &SendForm::SendOk_Click);
+    connect(m_sendCncl, &QPushButton::clicked, this, &QDialog::reject);
+    connect(m_sendFrc, &QPushButton::clicked, this, [this] { m_engine->SendFrc_Click(); });
+    connect(m_sendAbrt, &QPushButton::clicked, this, [this] { m_engine->SendAbrt_Click(); });
+}
+
+void SendForm::FillLists() {
+    ListModel directories;
+    m_logic.FillDirectories(directories);
+    m_directoryList->clear();
+    m_directoryList->addItems(directories.entries);
+    m_directoryList->setCurrentRow(directories.selected);
+    ListModel programs;
+    m_logic.FillPrograms(programs);
+    m_fileList->clear();
+    m_fileList->addItems(programs.entries);
+}
+
+void SendForm::MachineCombo_Click(int index) {
+    try {
+        m_logic.MachineChosen(index);
+    } catch (const SystemError& e) {
+        m_session.messages.ShowError(e.text());
+        const QSignalBlocker quiet(m_machineCombo);
+        m_machineCombo->setCurrentIndex(m_logic.MachineIndex());
+    }
+    FillLists();
+}
+
+void SendForm::DirectoryList_Click() {
+    if (QListWidgetItem* item = m_directoryList->currentItem())
+        m_logic.DirectoryChosen(item->text());
+    ListModel programs;
+    m_logic.FillPrograms(programs);
+    m_fileList->clear();
+    m_fileList->addItems(programs.entries);
+}
+
+void SendForm::SendOk_Click() {
+    QStringList names;
+    for (int row = 0; row < m_fileList->count(); ++row)
+        if (m_fileList->item(row)->isSelected())
+            names << m_fileList->item(row)->text();
+    m_sending = true;
+    m_choices->setEnabled(false);
+    m_sendOk->setVisible(false);
+    m_sendCncl->setVisible(false);
+    const auto done = qScopeGuard([this] {
+        m_sending = false;
+        m_choices->setEnabled(true);
+        m_sendOk->setVisible(true);
+        m_sendCncl->setVisible(true);
+        ShowProgress();
+        m_fileList->setFocus();
+    });
+    try {
+        m_logic.SendOk_Click(names);
+    } catch (const SystemError& e) {
+        // A port that cannot open, a file that cannot be read: told once, naming it.
+        m_session.messages.ShowError(e.text());
+    }
+}
+
+void SendForm::ShowProgress() {
+    const SendProgress& p = m_engine->Progress();
+    m_sendLabel->setText(p.Label);
+    m_sendLabel->setVisible(p.LabelVisible);
+    m_progress->setValue(p.Percent);
+    m_progress->setVisible(p.BarVisible);
+    const bool forceWasVisible = !m_sendFrc->isHidden();
+    m_sendFrc->setVisible(p.ForceVisible);
+    m_sendAbrt->setVisible(p.AbortVisible);
+    // The force button answers Enter while it shows; the abort button answers Esc (reject).
+    m_sendFrc->setDefault(p.ForceVisible);
+    m_sendOk->setDefault(!p.ForceVisible && !m_sending);
+    if (p.ForceVisible && !forceWasVisible)
+        m_sendFrc->setFocus();
+}
+
+void SendForm::reject() {
+    if (m_sending) {
+        m_engine->SendAbrt_Click();
+        return;
+    }
+    QDialog::reject();
+}
+
+void SendForm::closeEvent(QCloseEvent* event) {
+    if (m_sending) {
+        m_engine->SendAbrt_Click();
+        event->ignore();
+        return;
+    }
+    QDialog::closeEvent(event);
+}
+
+} // namespace kestrova

@@ -1,0 +1,111 @@
+#include "comms/ReceiveFormLogic.h"
+
+#include "filestore/LastFile.h"
+#include "filestore/Listings.h"
+#include "filestore/Names.h"
+
+namespace kestrova {
+
+namespace {
+
+const QString TempName = QStringLiteral("Commstmp.prg");
+constexpr qsizetype MaxNameLength = 32;
+
+QString Quoted(const QString& name) {
+    return u'"' + name + u'"';
+}
+
+} // namespace
+
+ReceiveFormLogic::ReceiveFormLogic(Session& session, GeneralReceive& receive)
+    : m_session(session), m_receive(receive) {}
+
+void ReceiveFormLogic::Form_Load() {
+    GlobalSettings& g = m_session.settings;
+    m_tempPath = g.ProgramPath + TempName;
+    m_receive.SetSettings(ReadReceiveSettings(m_session.files, MachineFile(g, QStringLiteral("cms"))));
+    g.CommsMachineDir = g.MachineDir;
+    g.CommsDirectory = g.CurrentDir;
+}
+
+bool ReceiveFormLogic::ExecutiveMode() const {
+    return m_session.settings.ReceiveOperation == 6;
+}
+
+QString ReceiveFormLogic::Caption() const {
+    return ExecutiveMode() ? QStringLiteral("Communications - Receive Executive")
+                           : QStringLiteral("Communications - Receive Program");
+}
+
+QString ReceiveFormLogic::NameLabel() const {
+    return ExecutiveMode() ? QStringLiteral("Executive Name") : QStringLiteral("Program Name");
+}
+
+void ReceiveFormLogic::FillDirectories(ListModel& list) {
+    const GlobalSettings& g = m_session.settings;
+    FillDirectoryList(m_session, list, g.CommsMachineDir, g.CommsDirectory, false, true, Selection::Named);
+}
+
+void ReceiveFormLogic::DirectoryChosen(const QString& name) {
+    if (!name.trimmed().isEmpty())
+        m_session.settings.CommsDirectory = name.trimmed();
+}
+
+ReceiveOkOutcome ReceiveFormLogic::ReceiveOk_Click(const QString& nameText) {
+    GlobalSettings& g = m_session.settings;
+    FileSystem& files = m_session.files;
+    MessageService& messages = m_session.messages;
+    const Int16 operation = g.ReceiveOperation;
+    if (operation != 2 && operation != 4 && operation != 6)
+        return ReceiveOkOutcome::Close;
+
+    const QString name = nameText.trimmed();
+    if (name.isEmpty() || name.size() > MaxNameLength) {
+        messages.Refuse(QStringLiteral("Invalid File Name !"));
+        return ReceiveOkOutcome::StayOnName;
+    }
+
+    const QString target = PathJoin(g, g.CommsMachineDir, g.CommsDirectory) + name + QStringLiteral(".prg");
+    if (files.Exists(target)) {
+        messages.Beep();
+        const Answer answer =
+            messages.Ask(Quoted(name) + QStringLiteral(" Already Exists !\n\nOverwrite It ?"));
+        g.LastAnswer = Int16::From(int(answer));
+    } else {
+        g.LastAnswer = Int16::From(int(Answer::Yes));
+    }
+    if (g.LastAnswer == int(Answer::No))
+        return ReceiveOkOutcome::StayOnName;
+
+    if (operation != 2) {
+        // The Westinghouse Producer's receives are a dialogue of control characters that this
+        // system does not carry out: say so rather than wait for a program that cannot come.
+        messages.Report(DialogueNotSupported);
+        return ReceiveOkOutcome::Close;
+    }
+    m_receive.Run(files, name, m_tempPath);
+
+    if (!files.IsFile(m_tempPath) || m_receive.Aborted()) {
+        // A lost line has its own message, naming the port; the operator sees that one only.
+        if (!m_receive.LostMessage().isEmpty())
+            messages.ShowError(m_receive.LostMessage());
+        else
+            messages.Report(QStringLiteral("Nothing Received !"));
+        if (files.IsFile(m_tempPath))
+            files.Delete(m_tempPath);
+        return ReceiveOkOutcome::Close;
+    }
+
+    if (files.Exists(target))
+        files.Delete(target);
+    if (files.IsFile(m_tempPath)) {
+        files.Copy(m_tempPath, target);
+        files.Delete(m_tempPath);
+        if (g.CommsMachineDir.compare(g.MachineDir, Qt::CaseInsensitive) == 0 && !ExecutiveMode())
+            RememberLastFile(m_session, g.CommsDirectory, name);
+    }
+    messages.Report(Quoted(name) + QStringLiteral(" Received !"));
+    return ReceiveOkOutcome::Close;
+}
+
+} // namespace kestrova

@@ -1,0 +1,111 @@
+#include "comms/SendFormLogic.h"
+
+#include "comms/ReceiveFormLogic.h"
+#include "filestore/Listings.h"
+#include "filestore/Names.h"
+#include "settings/MachineType.h"
+#include "settings/SettingsFile.h"
+
+namespace kestrova {
+
+SendFormLogic::SendFormLogic(Session& session, SendEngine& engine, SendKind kind)
+    : m_session(session), m_engine(engine), m_kind(kind) {}
+
+void SendFormLogic::Form_Load() {
+    GlobalSettings& g = m_session.settings;
+    LoadMachine(g.MachineDir, g.MachineDescription);
+    g.CommsDirectory = g.CurrentDir;
+}
+
+QString SendFormLogic::SettingsPath() const {
+    const GlobalSettings& g = m_session.settings;
+    return g.SetupPath + QStringLiteral("Data\\") + g.CommsMachineDir + QStringLiteral(".cms");
+}
+
+void SendFormLogic::LoadMachine(const QString& machineDir, const QString& description) {
+    GlobalSettings& g = m_session.settings;
+    const QString path = g.SetupPath + QStringLiteral("Data\\") + machineDir + QStringLiteral(".cms");
+    const SendSettings settings = ReadSendSettings(m_session.files, path);
+    // The kind of header and acknowledgement comes from the control type of that machine's file,
+    // read the way the machine load reads the current machine's.
+    GlobalSettings flags;
+    SetMachineType(flags, ReadFirstKeyword(m_session.files, path), description);
+    m_engine.SetSettings(settings);
+    m_engine.SetMachine({machineDir, flags.TerminalMode, flags.IntermotionType, flags.RaskinRt85});
+    m_producer = flags.WestinghouseProducer;
+    g.CommsMachineDir = machineDir;
+}
+
+QStringList SendFormLogic::Machines() const {
+    const GlobalSettings& g = m_session.settings;
+    QStringList names;
+    for (int n = 1; n <= g.MachineCount && n < g.MachineTable.size(); ++n)
+        names << g.MachineTable.at(n).field1.trimmed();
+    return names;
+}
+
+int SendFormLogic::MachineIndex() const {
+    const GlobalSettings& g = m_session.settings;
+    for (int n = 1; n <= g.MachineCount && n < g.MachineTable.size(); ++n)
+        if (g.MachineTable.at(n).field2.trimmed().compare(g.CommsMachineDir, Qt::CaseInsensitive) == 0)
+            return n - 1;
+    return -1;
+}
+
+void SendFormLogic::MachineChosen(int index) {
+    const GlobalSettings& g = m_session.settings;
+    if (index < 0 || index + 1 >= g.MachineTable.size() || index + 1 > g.MachineCount)
+        return;
+    const MachineRecord& record = g.MachineTable.at(index + 1);
+    LoadMachine(record.field2.trimmed(), record.field1.trimmed());
+    ListModel directories;
+    FillDirectoryList(m_session, directories, g.CommsMachineDir, QString(), false, true, Selection::First);
+    m_session.settings.CommsDirectory = directories.SelectedText();
+}
+
+void SendFormLogic::FillDirectories(ListModel& list) {
+    const GlobalSettings& g = m_session.settings;
+    FillDirectoryList(m_session, list, g.CommsMachineDir, g.CommsDirectory, false, true, Selection::Named);
+}
+
+void SendFormLogic::DirectoryChosen(const QString& name) {
+    if (!name.trimmed().isEmpty())
+        m_session.settings.CommsDirectory = name.trimmed();
+}
+
+void SendFormLogic::FillPrograms(ListModel& list) {
+    const GlobalSettings& g = m_session.settings;
+    FillFileList(m_session, list, g.CommsMachineDir, g.CommsDirectory, QString(), Selection::None, 2,
+                 QString());
+}
+
+bool SendFormLogic::Supported() const {
+    return m_kind == SendKind::Program && !m_producer;
+}
+
+void SendFormLogic::SendOk_Click(const QStringList& names) {
+    MessageService& messages = m_session.messages;
+    if (!Supported()) {
+        messages.Report(DialogueNotSupported);
+        return;
+    }
+    if (names.isEmpty()) {
+        messages.Refuse(QStringLiteral("No Files Selected !"));
+        return;
+    }
+    const GlobalSettings& g = m_session.settings;
+    const QString directory = PathJoin(g, g.CommsMachineDir, g.CommsDirectory);
+    for (const QString& name : names) {
+        const QString path = directory + name + QStringLiteral(".prg");
+        const qint64 count = m_session.files.Length(path);
+        const SendEnd end = m_engine.SendProgram(m_session.files, g.CommsDirectory, name, path, count);
+        if (end == SendEnd::LineLost) {
+            messages.ShowError(m_engine.LostMessage());
+            return;
+        }
+        if (end == SendEnd::Aborted)
+            return; // the operator's abort ends the run, silently
+    }
+}
+
+} // namespace kestrova
