@@ -4,6 +4,7 @@
 #include "Frontend/MenuSetUp.h"
 #include "Frontend/PackageStart.h"
 #include "Frontend/Session.h"
+#include "comms/SendFormLogic.h"
 #include "platform/ProgramLauncher.h"
 #include "platform/SerialLine.h"
 
@@ -45,6 +46,10 @@ public:
     // 0 when the window opened as it should; 1 when start-up met an error it has already shown
     // (the background port could not open): the program then ends with this status.
     [[nodiscard]] int StartUpStatus() const { return m_startUpStatus; }
+
+    // The lines the send and receive forms open; by default the host's serial ports of the
+    // device map. Tests hand in lines of their own.
+    void SetFormLines(SerialLineFactory lines) { m_formLines = std::move(lines); }
 
     // --- The frame every menu handler uses -------------------------------------------------
     void LockMenus() override;
@@ -115,6 +120,11 @@ private:
     void RestoreDefaultsEntry();
     void OpenManualEntry();
 
+    // --- The send and receive forms (FrontEndComms.cpp) --------------------------------------
+    [[nodiscard]] SerialLineFactory FormLines() const;
+    void OpenSendForm(SendKind kind);
+    void OpenReceiveForm(int operation);
+
     // --- The background receive (FrontEndReceive.cpp) ---------------------------------------
     void SetUpBackgroundReceive(std::unique_ptr<SerialLine> line);
     // Starts (or starts again) the background receive; a port that cannot open is shown once.
@@ -138,6 +148,7 @@ private:
     bool m_unloaded = false;
     int m_startUpStatus = 0;
     std::unique_ptr<BackgroundReceive> m_receive;
+    SerialLineFactory m_formLines;
 };
 
 } // namespace kestrova

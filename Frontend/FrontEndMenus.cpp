@@ -191,16 +191,17 @@ void FrontEnd::BuildEditMenu() {
 }
 
 void FrontEnd::BuildCommsMenu() {
-    GlobalSettings& g = m_session.settings;
     QMenu* comms = AddMenu(menuBar(), QStringLiteral("CommsMenu"), QStringLiteral("&Communications"));
     // The receive form's operations: 2 a program, 6 an executive.
-    AddItem(comms, QStringLiteral("CommsItem1"), QStringLiteral("&Send Program"), [this] { InFrame({}); });
+    AddItem(comms, QStringLiteral("CommsItem1"), QStringLiteral("&Send Program"),
+            [this] { OpenSendForm(SendKind::Program); });
     AddItem(comms, QStringLiteral("CommsItem2"), QStringLiteral("&Receive Program"),
-            [this, &g] { OpenForm(g.ReceiveOperation, 2, true); });
+            [this] { OpenReceiveForm(2); });
     AddSeparator(comms, QStringLiteral("ExecSeparator"));
-    AddItem(comms, QStringLiteral("ExecItem1"), QStringLiteral("Send Executive"), [this] { InFrame({}); });
+    AddItem(comms, QStringLiteral("ExecItem1"), QStringLiteral("Send Executive"),
+            [this] { OpenSendForm(SendKind::Executive); });
     AddItem(comms, QStringLiteral("ExecItem2"), QStringLiteral("Receive Executive"),
-            [this, &g] { OpenForm(g.ReceiveOperation, 6, true); });
+            [this] { OpenReceiveForm(6); });
 }
 
 void FrontEnd::BuildSetupMenu() {

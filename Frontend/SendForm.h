@@ -3,6 +3,7 @@
 #include "Frontend/Session.h"
 #include "comms/SendEngine.h"
 #include "comms/SendFormLogic.h"
+#include "platform/SerialLine.h"
 
 #include <QDialog>
 #include <functional>
@@ -15,9 +16,6 @@ class QProgressBar;
 class QPushButton;
 
 namespace kestrova {
-
-// Makes the serial line a form drives: the host's port in the program, a scripted one in tests.
-using SerialLineFactory = std::function<std::unique_ptr<SerialLine>()>;
 
 // "Communications - Send Program": the operator picks a machine (where there are several), a
 // data directory and one or more programs, and sends them; the form shows each transmission's

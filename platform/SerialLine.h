@@ -2,6 +2,8 @@
 
 #include <QObject>
 #include <QString>
+#include <functional>
+#include <memory>
 #include <optional>
 
 namespace kestrova {
@@ -114,5 +116,8 @@ private:
     int m_inputLen = 0;
     bool m_nullDiscard = false;
 };
+
+// Opens a fresh line for each transfer of a form: the host's serial port, or a test's line.
+using SerialLineFactory = std::function<std::unique_ptr<SerialLine>()>;
 
 } // namespace kestrova

@@ -4,6 +4,7 @@
 #include "Frontend/StartUp.h"
 #include "Frontend/StatusBox.h"
 #include "InstallationFixture.h"
+#include "ScriptedSerialLine.h"
 #include "platform/TerminationSignals.h"
 
 #include <QAction>
@@ -265,8 +266,6 @@ TEST_F(FrontEndTest, FormEntriesSetTheirModeInsideTheMenuFrame) {
     EXPECT_EQ(fixture.Settings().EditOperation, 6);
     Trigger("FileItem4");
     EXPECT_EQ(fixture.Settings().FileOperation, 4);
-    Trigger("ExecItem2");
-    EXPECT_EQ(fixture.Settings().ReceiveOperation, 6);
     EXPECT_TRUE(AllMenusEnabled());
     EXPECT_TRUE(fixture.Messages().Log().isEmpty());
 }
@@ -348,3 +347,29 @@ TEST(FrontEndWithoutCamTest, OnlyTheFileEditCommunicationsSetupAndHelpMenusRemai
 }
 
 } // namespace
+
+TEST_F(FrontEndTest, TheCommunicationsEntriesOpenTheSendAndReceiveFormsInTheMenuFrame) {
+    window->SetFormLines([] { return std::make_unique<kestrova::testing::ScriptedSerialLine>(); });
+    QStringList captions;
+    QList<bool> lockedWhileOpen;
+    // Looks at each form once it is up, then cancels it.
+    QTimer watcher;
+    watcher.setInterval(5);
+    QObject::connect(&watcher, &QTimer::timeout, [&] {
+        if (QWidget* form = QApplication::activeModalWidget()) {
+            captions << form->windowTitle();
+            lockedWhileOpen << !window->Entry(QStringLiteral("CommsMenu"))->isEnabled();
+            form->close();
+        }
+    });
+    watcher.start();
+    for (const char* entry : {"CommsItem1", "CommsItem2", "ExecItem2"})
+        window->Entry(QLatin1String(entry))->trigger();
+    watcher.stop();
+    EXPECT_EQ(captions, (QStringList{"Communications - Send Program", "Communications - Receive Program",
+                                     "Communications - Receive Executive"}));
+    EXPECT_EQ(lockedWhileOpen, (QList<bool>{true, true, true}));
+    EXPECT_EQ(fixture.Settings().ReceiveOperation, 6);
+    EXPECT_TRUE(window->Entry(QStringLiteral("CommsMenu"))->isEnabled());
+    EXPECT_TRUE(fixture.Messages().Texts().isEmpty());
+}
