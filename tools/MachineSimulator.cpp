@@ -18,7 +18,7 @@
 //                       after that many bytes (and hangup-delay=MS, default 300, to let the
 //                       far end read them), in the middle of the stream
 //   receive FILE [start=CODE] [ack=CODE] [xoff-at=N] [xon-after=MS] [trailer=PAIRS] [idle=MS]
-//               [pace=BAUD] [hangup-after=N]
+//               [pace=BAUD] [hangup-after=N] [reopen=MS]
 //                       wait for a program and record every byte received to FILE: first send
 //                       the start character (17 is XON) if asked; answer "7" after each
 //                       character CODE (a line end) if asked; send XOFF after N bytes and XON
@@ -26,7 +26,17 @@
 //                       from 100 ms after the XOFF until the XON; read no faster than a line of
 //                       BAUD baud carries (ten bits a character) if asked; end the line after
 //                       N bytes if asked; stop at the trailer, after MS ms of silence once
-//                       something came (default 2000), or when the far end closes
+//                       something came (default 2000), or when the far end closes; with
+//                       reopen, a line closed before anything came that stays closed MS ms
+//                       ends it
+//   serve FILE RECORD [start=CODE] [trailer=PAIRS] [listen=MS]
+//                       a machine that both sends and receives on one line, as an operator uses
+//                       it: every time the far end opens the line, listen MS ms (default 500);
+//                       when the far end gives the start character (default 17) it wants a
+//                       program, and FILE is sent with the trailer (default 1,37); when it stays
+//                       silent it waits to send, so the machine gives the start character and
+//                       records what comes to RECORD-<n>.nc. Then it waits for the close and
+//                       serves the next opening, until the line ends
 //   hangup              close the line and end
 //   quit                end
 #include "comms/CommParsers.h"
@@ -64,7 +74,8 @@ const char* const Usage =
     "  send FILE [header=MACHINE,DIR,NAME] [trailer=PAIRS] [chunk=N] [pace=MS]\n"
     "               [hangup-after=N] [hangup-delay=MS]\n"
     "  receive FILE [start=CODE] [ack=CODE] [xoff-at=N] [xon-after=MS] [trailer=PAIRS] [idle=MS]\n"
-    "               [pace=BAUD] [hangup-after=N]\n"
+    "               [pace=BAUD] [hangup-after=N] [reopen=MS]\n"
+    "  serve FILE RECORD [start=CODE] [trailer=PAIRS] [listen=MS]\n"
     "  hangup | quit\n";
 
 using Clock = std::chrono::steady_clock;
@@ -276,6 +287,8 @@ public:
         long held = 0;
         const auto began = Clock::now();
         auto last = Clock::now();
+        bool closed = false;
+        Clock::time_point closedSince{};
         for (;;) {
             if (xonPending && Clock::now() >= xonDue) {
                 Write(QByteArray(1, char(17)));
@@ -330,13 +343,65 @@ public:
                 break; // the far end closed: what came is all there is
             if (!got.isEmpty() && Clock::now() - last > std::chrono::milliseconds(idle) && !xonPending)
                 break;
-            if (ready > 0 && (p.revents & POLLHUP))
-                SleepMs(10); // not open yet: nothing to read
+            if (ready > 0 && (p.revents & POLLHUP)) {
+                // Not open (yet, or again: a send closes and reopens the line once it starts).
+                // A line that was open and stays closed has given up without a program.
+                if (!closed)
+                    closedSince = Clock::now();
+                closed = true;
+                const long reopen = c.Number("reopen", -1);
+                if (reopen >= 0 && Clock::now() - closedSince > std::chrono::milliseconds(reopen))
+                    break;
+                SleepMs(10);
+            } else {
+                closed = false;
+            }
         }
         out.close();
         if (xoffSent)
             Say("held " + std::to_string(held));
         Say("received " + std::to_string(got.size()));
+    }
+
+    // Listens up to ms for the start character; true when it came.
+    bool Asked(char start, long ms) {
+        const auto until = Clock::now() + std::chrono::milliseconds(ms);
+        while (Clock::now() < until) {
+            pollfd p{m_master, POLLIN, 0};
+            if (::poll(&p, 1, 20) > 0 && (p.revents & POLLIN)) {
+                char buffer[256];
+                const ssize_t n = ::read(m_master, buffer, sizeof buffer);
+                for (ssize_t i = 0; i < n; ++i)
+                    if (buffer[i] == start)
+                        return true;
+            }
+        }
+        return false;
+    }
+
+    void Serve(const Command& c) {
+        if (c.args.size() < 2)
+            throw Failure("serve needs a program file and a record stem");
+        const long start = c.Number("start", 17);
+        const QString trailer = c.Option("trailer").value_or(QStringLiteral("1,37"));
+        for (int n = 1; m_master >= 0; ++n) {
+            WaitOpen(-1);
+            if (Asked(char(start), c.Number("listen", 500))) {
+                Command send;
+                send.args << c.args.at(0);
+                send.options[QStringLiteral("trailer")] = trailer;
+                Send(send);
+                Say("served a program");
+            } else {
+                Command receive;
+                receive.args << QStringLiteral("%1-%2.nc").arg(c.args.at(1)).arg(n);
+                receive.options[QStringLiteral("start")] = QString::number(start);
+                receive.options[QStringLiteral("trailer")] = trailer;
+                receive.options[QStringLiteral("reopen")] = QStringLiteral("2000");
+                Receive(receive);
+            }
+            WaitClose();
+        }
     }
 
     // Carries one command out; false when the machine is to end.
@@ -351,6 +416,8 @@ public:
             Send(c);
         else if (c.verb == "receive")
             Receive(c);
+        else if (c.verb == "serve")
+            Serve(c);
         else if (c.verb == "hangup") {
             HangUp();
             return false;

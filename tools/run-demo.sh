@@ -5,9 +5,10 @@
 # with --keep an existing copy is used as it was left). The copy gets its device map: C: is
 # demo-run/c, A: (a floppy) demo-run/floppy, E: (a stick) demo-run/usb. A simulated machine
 # control (tools/demo-machine.sh) takes the demo's background port, COM2, and sends a sample
-# program shortly after the front end has opened it. Then kestrova starts in the copy's program
-# directory, C:\Kestrova. The sibling programs there are demo stand-ins. The machine ends with
-# the front end.
+# program shortly after the front end has opened it; another takes the machines' send and
+# receive port, COM1, and serves the send and receive forms. Then kestrova starts in the copy's
+# program directory, C:\Kestrova. The sibling programs there are demo stand-ins. The machines end
+# with the front end.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 top=$PWD
@@ -30,7 +31,16 @@ printf '%s\r\n' "C: fixed $run/c" "A: removable $run/floppy" "E: removable $run/
     >"$run/c/Kestrova/Devices.cfg"
 
 machine=$(tools/demo-machine.sh "$top/$BUILD_DIR" "$run/c/Kestrova/Devices.cfg" "$run/machine/Louvre.nc")
-trap 'kill "$machine" 2>/dev/null || true' EXIT
+# The machines' send and receive port, COM1: a simulated control that takes what the send form
+# sends (recorded as demo-run/machine/received-<n>.nc) and gives a program to the receive form.
+"$top/$BUILD_DIR/tools/kestrova-machine" --devices "$run/c/Kestrova/Devices.cfg" --port 1 \
+    "serve \"$run/machine/Bracket.nc\" \"$run/machine/received\"" >/dev/null &
+control=$!
+trap 'kill "$machine" "$control" 2>/dev/null || true' EXIT
+for _ in $(seq 100); do
+    grep -qi '^COM1 port' "$run/c/Kestrova/Devices.cfg" && break
+    sleep 0.05
+done
 
 cd "$run/c/Kestrova"
 "$top/$BUILD_DIR/Frontend/kestrova" &

@@ -119,4 +119,30 @@ TEST_F(TransferIntegration, AReceiveEndsByTheTrailerOrByTheTimeOut) {
     }
 }
 
+TEST_F(TransferIntegration, TheServingMachineTakesWhatIsSentAndGivesWhatIsAskedFor) {
+    // The demo's machine on its one line: the send waits in silence, the receive asks with XON.
+    const QByteArray text = Program(40);
+    const QString stem = fx.Root() + "/got";
+    fx.Write(QStringLiteral("C:\\machine.nc"), "O0042 (FROM THE MACHINE)\r\nG00 X0 Y0\r\n");
+    machine->Start("serve " + fx.Host(QStringLiteral("C:\\machine.nc")) + ' ' + stem);
+
+    SendEngine engine(*line, PauseTimer::Shared());
+    SendFormLogic logic(fx.session(), engine, SendKind::Program);
+    logic.Form_Load();
+    logic.SendOk_Click({"Big"});
+    QFile got(stem + "-1.nc");
+    for (int i = 0; i < 500 && !(got.exists() && got.size() == text.size() + 3); ++i)
+        PauseTimer::Shared().Pause(10);
+    ASSERT_TRUE(got.open(QIODevice::ReadOnly));
+    EXPECT_EQ(got.readAll(), QByteArray(2, '\0') + text + "%");
+
+    GeneralReceive receive(*line);
+    receive.SetSettings(ReadReceiveSettings(fx.Files(), "C:\\Kestrova\\Setup\\Data\\PUNCH1.cms"));
+    const QString temp = QStringLiteral("C:\\Kestrova\\Commstmp.prg");
+    receive.Run(fx.Files(), QStringLiteral("P1"), temp);
+    EXPECT_EQ(fx.Read(temp), "O0042 (FROM THE MACHINE)\r\nG00 X0 Y0\r\n%");
+    EXPECT_FALSE(receive.Aborted());
+    EXPECT_TRUE(fx.Messages().Texts().isEmpty());
+}
+
 } // namespace
