@@ -1,5 +1,6 @@
 #include "Frontend/ReceiveForm.h"
 
+#include "Frontend/NameKeyFilter.h"
 #include "platform/Errors.h"
 
 #include <QCloseEvent>
@@ -54,6 +55,7 @@ void ReceiveForm::BuildControls() {
     m_receiveCombo->setEditable(true);
     m_receiveCombo->setInsertPolicy(QComboBox::NoInsert);
     m_receiveCombo->lineEdit()->setMaxLength(32);
+    NameKeyFilter::Install(m_session, m_receiveCombo->lineEdit(), -32);
 
     m_directoryFrame = new QFrame(this);
     m_directoryFrame->setObjectName(QStringLiteral("DirectoryFrame"));
