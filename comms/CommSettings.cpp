@@ -56,17 +56,10 @@ CommonLines ReadCommonLines(LineReader& in) {
     return c;
 }
 
-} // namespace
-
-SendSettings ReadSendSettings(const FileSystem& files, const QString& path) {
-    LineReader in(files, path);
-    const CommonLines c = ReadCommonLines(in);
-    SendSettings s;
+void ParseMachineLines(const CommonLines& c, MachineLineSettings& s) {
     s.Port = c.port;
     s.Settings = c.settings;
     s.Handshaking = HandshakeCode(c.handshake);
-    s.Dtr = HandshakeWantsDtr(c.handshake);
-    s.Start = ParseStartMode(c.startMode);
     s.StartCharacter = ParseStartCharacter(c.startCharacter);
     s.Leader = ParseSequence(c.leader);
     s.LineEnd = ParseSequence(c.lineEnd);
@@ -74,6 +67,17 @@ SendSettings ReadSendSettings(const FileSystem& files, const QString& path) {
     s.EndSequence = ParseSequence(c.endSequence);
     s.SendFilter = ParseCharacterList(c.sendFilter);
     s.ReceiveFilter = ParseCharacterList(c.receiveFilter);
+}
+
+} // namespace
+
+SendSettings ReadSendSettings(const FileSystem& files, const QString& path) {
+    LineReader in(files, path);
+    const CommonLines c = ReadCommonLines(in);
+    SendSettings s;
+    ParseMachineLines(c, s);
+    s.Dtr = HandshakeWantsDtr(c.handshake);
+    s.Start = ParseStartMode(c.startMode);
     (void)in.ReadLine(); // the receive time-out: the send has no use for it
     for (int* pause : {&s.PauseAfterStart, &s.PauseAfterLeader, &s.PauseAfterLine, &s.PauseAfterTrailer}) {
         if (in.AtEnd())
@@ -87,16 +91,7 @@ ReceiveSettings ReadReceiveSettings(const FileSystem& files, const QString& path
     LineReader in(files, path);
     const CommonLines c = ReadCommonLines(in);
     ReceiveSettings s;
-    s.Port = c.port;
-    s.Settings = c.settings;
-    s.Handshaking = HandshakeCode(c.handshake);
-    s.StartCharacter = ParseStartCharacter(c.startCharacter);
-    s.Leader = ParseSequence(c.leader);
-    s.LineEnd = ParseSequence(c.lineEnd);
-    s.Trailer = ParseSequence(c.trailer);
-    s.EndSequence = ParseSequence(c.endSequence);
-    s.SendFilter = ParseCharacterList(c.sendFilter);
-    s.ReceiveFilter = ParseCharacterList(c.receiveFilter);
+    ParseMachineLines(c, s);
     s.ReceiveTimeOut = std::clamp(RoundedNumber(ValueOfLine(in.ReadLine())), 0, 65535);
     return s;
 }

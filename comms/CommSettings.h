@@ -10,13 +10,11 @@
 
 namespace kestrova {
 
-// What the send form keeps from the current machine's communication settings file.
-struct SendSettings {
+// What both forms keep from the current machine's communication settings file.
+struct MachineLineSettings {
     Int16 Port;
     QString Settings; // "9600,E,7,2"
     int Handshaking = 0;
-    bool Dtr = false;
-    StartMode Start = StartMode::Manual;
     QString StartCharacter;
     QString Leader;
     QString LineEnd;
@@ -24,24 +22,20 @@ struct SendSettings {
     QString EndSequence;
     QList<QChar> SendFilter;
     QList<QChar> ReceiveFilter;
+};
+
+// What the send form keeps.
+struct SendSettings : MachineLineSettings {
+    bool Dtr = false;
+    StartMode Start = StartMode::Manual;
     int PauseAfterStart = 0;
     int PauseAfterLeader = 0;
     int PauseAfterLine = 0;
     int PauseAfterTrailer = 0;
 };
 
-// What the receive form keeps from the same file.
-struct ReceiveSettings {
-    Int16 Port;
-    QString Settings;
-    int Handshaking = 0;
-    QString StartCharacter;
-    QString Leader;
-    QString LineEnd;
-    QString Trailer;
-    QString EndSequence;
-    QList<QChar> SendFilter;
-    QList<QChar> ReceiveFilter;
+// What the receive form keeps.
+struct ReceiveSettings : MachineLineSettings {
     int ReceiveTimeOut = 0; // milliseconds, 0..65535
 };
 
