@@ -1,11 +1,7 @@
-#include "Frontend/FrontEnd.h"
-#include "Frontend/QtMessageService.h"
-#include "Frontend/StartUp.h"
-#include "Frontend/TextEditorWindow.h"
+#include "Frontend/FrontEndProgram.h"
 #include "platform/TerminationSignals.h"
 
 #include <QApplication>
-#include <QDir>
 
 using namespace kestrova;
 
@@ -14,21 +10,10 @@ int main(int argc, char* argv[]) {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Kestrova"));
 
-    FileSystem files = FileSystem::AtStartDirectory(QDir::currentPath());
-    QtMessageService messages;
-    GlobalSettings settings;
-    Session session{settings, files, messages};
-
-    if (const int status = LoadAtStartUp(session); status != 0)
+    FrontEndProgram program;
+    if (const int status = program.Open(); status != 0)
         return status;
-
-    ProgramLauncher launcher(files);
-    FrontEnd window(session, launcher);
-    if (window.StartUpStatus() != 0)
-        return window.StartUpStatus();
-    launcher.SetBuiltInEditor(
-        [&](const QString& file) { return TextEditorWindow::Open(files, messages, file, window); });
-    messages.SetParent(&window);
+    FrontEnd& window = program.Window();
     // Asked to end by the host, the front end closes the way the operator closes it.
     const TerminationSignals termination([&window] { window.close(); });
     window.show();

@@ -8,11 +8,7 @@
 #include <QWindow>
 
 #ifdef KESTROVA_FRONTEND_WINDOW
-#include "Frontend/FrontEnd.h"
-#include "Frontend/QtMessageService.h"
-#include "Frontend/StartUp.h"
-
-#include <QDir>
+#include "Frontend/FrontEndProgram.h"
 #endif
 
 #include <cstring>
@@ -23,17 +19,10 @@ int main(int argc, char* argv[]) {
     const bool idle = argc > 1 && std::strcmp(argv[1], "idle") == 0;
 
 #ifdef KESTROVA_FRONTEND_WINDOW
-    using namespace kestrova;
-    FileSystem files = FileSystem::AtStartDirectory(QDir::currentPath());
-    QtMessageService messages;
-    GlobalSettings settings;
-    Session session{settings, files, messages};
-    if (LoadAtStartUp(session) != 0)
+    kestrova::FrontEndProgram program;
+    if (program.Open() != 0)
         return 1;
-    ProgramLauncher launcher(files);
-    auto window = std::make_unique<FrontEnd>(session, launcher);
-    if (window->StartUpStatus() != 0)
-        return 1;
+    kestrova::FrontEnd* window = &program.Window();
 #else
     auto window = std::make_unique<QWidget>();
     window->setWindowTitle(QStringLiteral("Baseline"));

@@ -2,9 +2,7 @@
 // program directory of an installation, it opens the main window, opens the "&Setup" menu and
 // its "Edit Data Files" submenu, and saves the screen area they cover as the PNG file named by
 // its one argument. Meant to run under Xvfb (tools/screenshot.sh).
-#include "Frontend/FrontEnd.h"
-#include "Frontend/QtMessageService.h"
-#include "Frontend/StartUp.h"
+#include "Frontend/FrontEndProgram.h"
 
 #include <QAction>
 #include <QApplication>
@@ -25,17 +23,10 @@ int main(int argc, char* argv[]) {
     QApplication app(argc, argv);
     const QString picture = QDir::current().absoluteFilePath(QString::fromLocal8Bit(argv[1]));
 
-    FileSystem files = FileSystem::AtStartDirectory(QDir::currentPath());
-    QtMessageService messages;
-    GlobalSettings settings;
-    Session session{settings, files, messages};
-    if (LoadAtStartUp(session) != 0)
+    FrontEndProgram program;
+    if (program.Open() != 0)
         return 1;
-    ProgramLauncher launcher(files);
-    FrontEnd window(session, launcher);
-    if (window.StartUpStatus() != 0)
-        return 1;
-    messages.SetParent(&window);
+    FrontEnd& window = program.Window();
     window.resize(900, 560);
     window.move(0, 0);
     window.show();

@@ -1,0 +1,29 @@
+#include "Frontend/FrontEndProgram.h"
+
+#include "Frontend/StartUp.h"
+#include "Frontend/TextEditorWindow.h"
+
+#include <QDir>
+
+namespace kestrova {
+
+// Started in the directory that holds "Kestrova.cfg" and "Devices.cfg".
+FrontEndProgram::FrontEndProgram()
+    : m_files(FileSystem::AtStartDirectory(QDir::currentPath())), m_session{m_settings, m_files, m_messages},
+      m_launcher(m_files) {}
+
+FrontEndProgram::~FrontEndProgram() = default;
+
+int FrontEndProgram::Open() {
+    if (const int status = LoadAtStartUp(m_session); status != 0)
+        return status;
+    m_window = std::make_unique<FrontEnd>(m_session, m_launcher);
+    if (const int status = m_window->StartUpStatus(); status != 0)
+        return status;
+    m_launcher.SetBuiltInEditor(
+        [this](const QString& file) { return TextEditorWindow::Open(m_files, m_messages, file, *m_window); });
+    m_messages.SetParent(m_window.get());
+    return 0;
+}
+
+} // namespace kestrova
