@@ -1,9 +1,7 @@
 #include "Frontend/ReceiveForm.h"
 
 #include "Frontend/NameKeyFilter.h"
-#include "platform/Errors.h"
 
-#include <QCloseEvent>
 #include <QComboBox>
 #include <QFrame>
 #include <QHBoxLayout>
@@ -11,36 +9,20 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
-#include <QScopeGuard>
 #include <QVBoxLayout>
 
 namespace kestrova {
 
-namespace {
-
-QPushButton* Button(QWidget* parent, const QString& name, const QString& caption) {
-    auto* button = new QPushButton(caption, parent);
-    button->setObjectName(name);
-    button->setAutoDefault(false);
-    return button;
-}
-
-} // namespace
-
 ReceiveForm::ReceiveForm(Session& session, const SerialLineFactory& lines, QWidget* parent)
-    : QDialog(parent), m_session(session), m_line(lines()),
-      m_receive(std::make_unique<GeneralReceive>(*m_line)), m_logic(session, *m_receive) {
+    : TransferDialog(session, lines, parent), m_receive(std::make_unique<GeneralReceive>(*m_line)),
+      m_logic(session, *m_receive) {
     setObjectName(QStringLiteral("ReceiveForm"));
     setWindowTitle(m_logic.Caption());
     BuildControls();
     connect(m_receive.get(), &GeneralReceive::DisplayChanged, this, &ReceiveForm::ShowDisplay);
-    try {
-        m_logic.Form_Load();
-        m_loaded = true;
-    } catch (const SystemError& e) {
-        m_session.messages.ShowError(e.text());
+    Load([this] { m_logic.Form_Load(); });
+    if (!Loaded())
         return;
-    }
     FillLists();
     ShowDisplay();
 }
@@ -99,9 +81,7 @@ void ReceiveForm::BuildControls() {
 void ReceiveForm::FillLists() {
     ListModel directories;
     m_logic.FillDirectories(directories);
-    m_directoryList->clear();
-    m_directoryList->addItems(directories.entries);
-    m_directoryList->setCurrentRow(directories.selected);
+    Fill(m_directoryList, directories);
 }
 
 void ReceiveForm::DirectoryList_Click() {
@@ -110,17 +90,8 @@ void ReceiveForm::DirectoryList_Click() {
 }
 
 void ReceiveForm::ReceiveOk_Click() {
-    m_receiving = true;
     ReceiveOkOutcome outcome = ReceiveOkOutcome::StayOnName;
-    {
-        const auto done = qScopeGuard([this] { m_receiving = false; });
-        try {
-            outcome = m_logic.ReceiveOk_Click(m_receiveCombo->currentText());
-        } catch (const SystemError& e) {
-            // A port that cannot open, a file that cannot be written: told once, naming it.
-            m_session.messages.ShowError(e.text());
-        }
-    }
+    Transfer([&] { outcome = m_logic.ReceiveOk_Click(m_receiveCombo->currentText()); });
     if (outcome == ReceiveOkOutcome::Close) {
         accept();
         return;
@@ -148,22 +119,8 @@ void ReceiveForm::ShowDisplay() {
         m_receiveAbrt->setFocus();
 }
 
-void ReceiveForm::reject() {
-    // While receiving, Esc is the abort button.
-    if (m_receiving) {
-        m_receive->ReceiveAbrt_Click();
-        return;
-    }
-    QDialog::reject();
-}
-
-void ReceiveForm::closeEvent(QCloseEvent* event) {
-    if (m_receiving) {
-        m_receive->ReceiveAbrt_Click();
-        event->ignore();
-        return;
-    }
-    QDialog::closeEvent(event);
+void ReceiveForm::Abort() {
+    m_receive->ReceiveAbrt_Click();
 }
 
 } // namespace kestrova

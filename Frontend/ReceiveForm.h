@@ -1,11 +1,9 @@
 #pragma once
 
-#include "Frontend/SendForm.h"
-#include "Frontend/Session.h"
+#include "Frontend/TransferDialog.h"
 #include "comms/GeneralReceive.h"
 #include "comms/ReceiveFormLogic.h"
 
-#include <QDialog>
 #include <memory>
 
 class QComboBox;
@@ -20,22 +18,16 @@ namespace kestrova {
 // "Communications - Receive Program" (or "- Receive Executive"): the operator types the name,
 // picks the data directory and presses OK; the form then waits for the control, shows what
 // arrives and stores it. Everything but the widgets is ReceiveFormLogic and GeneralReceive.
-class ReceiveForm : public QDialog {
+class ReceiveForm : public TransferDialog {
     Q_OBJECT
 public:
     ReceiveForm(Session& session, const SerialLineFactory& lines, QWidget* parent = nullptr);
     ~ReceiveForm() override;
 
-    // False when the machine's settings could not be read (the operator has been told): the
-    // form is then not to be shown.
-    [[nodiscard]] bool Loaded() const { return m_loaded; }
-    [[nodiscard]] bool Receiving() const { return m_receiving; }
     [[nodiscard]] GeneralReceive& Receive() { return *m_receive; }
 
-    void reject() override;
-
 protected:
-    void closeEvent(QCloseEvent* event) override;
+    void Abort() override;
 
 private:
     void BuildControls();
@@ -44,12 +36,8 @@ private:
     void ReceiveOk_Click();
     void ShowDisplay();
 
-    Session& m_session;
-    std::unique_ptr<SerialLine> m_line;
     std::unique_ptr<GeneralReceive> m_receive;
     ReceiveFormLogic m_logic;
-    bool m_loaded = false;
-    bool m_receiving = false;
 
     QLabel* m_nameLabel = nullptr;
     QComboBox* m_receiveCombo = nullptr;

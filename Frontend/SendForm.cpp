@@ -1,8 +1,5 @@
 #include "Frontend/SendForm.h"
 
-#include "platform/Errors.h"
-
-#include <QCloseEvent>
 #include <QComboBox>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -10,25 +7,13 @@
 #include <QListWidget>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QScopeGuard>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
 namespace kestrova {
 
-namespace {
-
-QPushButton* Button(QWidget* parent, const QString& name, const QString& caption) {
-    auto* button = new QPushButton(caption, parent);
-    button->setObjectName(name);
-    button->setAutoDefault(false);
-    return button;
-}
-
-} // namespace
-
 SendForm::SendForm(Session& session, const SerialLineFactory& lines, QWidget* parent, SendKind kind)
-    : QDialog(parent), m_session(session), m_line(lines()),
+    : TransferDialog(session, lines, parent),
       m_engine(std::make_unique<SendEngine>(*m_line, PauseTimer::Shared())),
       m_logic(session, *m_engine, kind) {
     setObjectName(QStringLiteral("SendForm"));
@@ -36,13 +21,9 @@ SendForm::SendForm(Session& session, const SerialLineFactory& lines, QWidget* pa
                                                : QStringLiteral("Communications - Send Program"));
     BuildControls();
     connect(m_engine.get(), &SendEngine::ProgressChanged, this, &SendForm::ShowProgress);
-    try {
-        m_logic.Form_Load();
-        m_loaded = true;
-    } catch (const SystemError& e) {
-        m_session.messages.ShowError(e.text());
+    Load([this] { m_logic.Form_Load(); });
+    if (!Loaded())
         return;
-    }
     {
         const QSignalBlocker quiet(m_machineCombo);
         m_machineCombo->addItems(m_logic.Machines());
@@ -107,20 +88,18 @@ void SendForm::BuildControls() {
 void SendForm::FillLists() {
     ListModel directories;
     m_logic.FillDirectories(directories);
-    m_directoryList->clear();
-    m_directoryList->addItems(directories.entries);
-    m_directoryList->setCurrentRow(directories.selected);
+    Fill(m_directoryList, directories);
+    ShowPrograms();
+}
+
+void SendForm::ShowPrograms() {
     ListModel programs;
     m_logic.FillPrograms(programs);
-    m_fileList->clear();
-    m_fileList->addItems(programs.entries);
+    Fill(m_fileList, programs);
 }
 
 void SendForm::MachineCombo_Click(int index) {
-    try {
-        m_logic.MachineChosen(index);
-    } catch (const SystemError& e) {
-        m_session.messages.ShowError(e.text());
+    if (!Guarded([&] { m_logic.MachineChosen(index); })) {
         const QSignalBlocker quiet(m_machineCombo);
         m_machineCombo->setCurrentIndex(m_logic.MachineIndex());
     }
@@ -130,10 +109,7 @@ void SendForm::MachineCombo_Click(int index) {
 void SendForm::DirectoryList_Click() {
     if (QListWidgetItem* item = m_directoryList->currentItem())
         m_logic.DirectoryChosen(item->text());
-    ListModel programs;
-    m_logic.FillPrograms(programs);
-    m_fileList->clear();
-    m_fileList->addItems(programs.entries);
+    ShowPrograms();
 }
 
 void SendForm::SendOk_Click() {
@@ -141,24 +117,15 @@ void SendForm::SendOk_Click() {
     for (int row = 0; row < m_fileList->count(); ++row)
         if (m_fileList->item(row)->isSelected())
             names << m_fileList->item(row)->text();
-    m_sending = true;
     m_choices->setEnabled(false);
     m_sendOk->setVisible(false);
     m_sendCncl->setVisible(false);
-    const auto done = qScopeGuard([this] {
-        m_sending = false;
-        m_choices->setEnabled(true);
-        m_sendOk->setVisible(true);
-        m_sendCncl->setVisible(true);
-        ShowProgress();
-        m_fileList->setFocus();
-    });
-    try {
-        m_logic.SendOk_Click(names);
-    } catch (const SystemError& e) {
-        // A port that cannot open, a file that cannot be read: told once, naming it.
-        m_session.messages.ShowError(e.text());
-    }
+    Transfer([&] { m_logic.SendOk_Click(names); });
+    m_choices->setEnabled(true);
+    m_sendOk->setVisible(true);
+    m_sendCncl->setVisible(true);
+    ShowProgress();
+    m_fileList->setFocus();
 }
 
 void SendForm::ShowProgress() {
@@ -172,26 +139,13 @@ void SendForm::ShowProgress() {
     m_sendAbrt->setVisible(p.AbortVisible);
     // The force button answers Enter while it shows; the abort button answers Esc (reject).
     m_sendFrc->setDefault(p.ForceVisible);
-    m_sendOk->setDefault(!p.ForceVisible && !m_sending);
+    m_sendOk->setDefault(!p.ForceVisible && !Busy());
     if (p.ForceVisible && !forceWasVisible)
         m_sendFrc->setFocus();
 }
 
-void SendForm::reject() {
-    if (m_sending) {
-        m_engine->SendAbrt_Click();
-        return;
-    }
-    QDialog::reject();
-}
-
-void SendForm::closeEvent(QCloseEvent* event) {
-    if (m_sending) {
-        m_engine->SendAbrt_Click();
-        event->ignore();
-        return;
-    }
-    QDialog::closeEvent(event);
+void SendForm::Abort() {
+    m_engine->SendAbrt_Click();
 }
 
 } // namespace kestrova

@@ -1,12 +1,9 @@
 #pragma once
 
-#include "Frontend/Session.h"
+#include "Frontend/TransferDialog.h"
 #include "comms/SendEngine.h"
 #include "comms/SendFormLogic.h"
-#include "platform/SerialLine.h"
 
-#include <QDialog>
-#include <functional>
 #include <memory>
 
 class QComboBox;
@@ -21,23 +18,17 @@ namespace kestrova {
 // data directory and one or more programs, and sends them; the form shows each transmission's
 // progress, with the force button (SendFrc) to start a control that does not ask and the abort
 // button (SendAbrt). Everything but the widgets is SendFormLogic and SendEngine.
-class SendForm : public QDialog {
+class SendForm : public TransferDialog {
     Q_OBJECT
 public:
     SendForm(Session& session, const SerialLineFactory& lines, QWidget* parent = nullptr,
              SendKind kind = SendKind::Program);
     ~SendForm() override;
 
-    // False when the machine's settings could not be read (the operator has been told): the
-    // form is then not to be shown.
-    [[nodiscard]] bool Loaded() const { return m_loaded; }
-    [[nodiscard]] bool Sending() const { return m_sending; }
     [[nodiscard]] SendEngine& Engine() { return *m_engine; }
 
-    void reject() override;
-
 protected:
-    void closeEvent(QCloseEvent* event) override;
+    void Abort() override;
 
 private:
     void BuildControls();
@@ -47,12 +38,10 @@ private:
     void SendOk_Click();
     void ShowProgress();
 
-    Session& m_session;
-    std::unique_ptr<SerialLine> m_line;
+    void ShowPrograms();
+
     std::unique_ptr<SendEngine> m_engine;
     SendFormLogic m_logic;
-    bool m_loaded = false;
-    bool m_sending = false;
 
     QLabel* m_machineLabel = nullptr;
     QComboBox* m_machineCombo = nullptr;
