@@ -6,6 +6,7 @@
 // end.
 //
 //   bench_receive_load [programs] [kilobytes] [window|core]
+#include "CpuTime.h"
 #include "Frontend/FrontEnd.h"
 #include "InstallationFixture.h"
 #include "comms/BackgroundReceive.h"
@@ -21,19 +22,11 @@
 #include <cstdio>
 #include <cstring>
 #include <functional>
-#include <sys/resource.h>
 #include <unistd.h>
 
 using namespace kestrova;
 
 namespace {
-
-double CpuSeconds() {
-    rusage u{};
-    getrusage(RUSAGE_SELF, &u);
-    return double(u.ru_utime.tv_sec + u.ru_stime.tv_sec) +
-           double(u.ru_utime.tv_usec + u.ru_stime.tv_usec) / 1e6;
-}
 
 double ResidentMb() {
     QFile f(QStringLiteral("/proc/self/statm"));

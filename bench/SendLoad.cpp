@@ -4,6 +4,7 @@
 // the processor time of both while the machine reads at a 115,200-baud line's pace.
 //
 //   bench_send_load [kilobytes] [paced-kilobytes]
+#include "CpuTime.h"
 #include "EventScript.h"
 #include "InstallationFixture.h"
 #include "SimulatorProcess.h"
@@ -14,19 +15,11 @@
 
 #include <QElapsedTimer>
 #include <cstdio>
-#include <sys/resource.h>
 
 using namespace kestrova;
 using namespace kestrova::testing;
 
 namespace {
-
-double CpuSeconds() {
-    rusage u{};
-    getrusage(RUSAGE_SELF, &u);
-    return double(u.ru_utime.tv_sec + u.ru_stime.tv_sec) +
-           double(u.ru_utime.tv_usec + u.ru_stime.tv_usec) / 1e6;
-}
 
 struct Figures {
     double seconds;
