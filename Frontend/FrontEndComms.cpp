@@ -1,7 +1,7 @@
 // The Communications menu: the send and receive forms, each over a serial line of its own.
 #include "Frontend/FrontEnd.h"
-#include "Frontend/ReceiveForm.h"
-#include "Frontend/SendForm.h"
+#include "comms/forms/ReceiveForm.h"
+#include "comms/forms/SendForm.h"
 #include "platform/QtSerialLine.h"
 
 namespace kestrova {

@@ -1,7 +1,7 @@
 #include "Frontend/FrontEndProgram.h"
 
 #include "Frontend/StartUp.h"
-#include "Frontend/TextEditorWindow.h"
+#include "editing/forms/TextEditorWindow.h"
 
 #include <QDir>
 

@@ -1,8 +1,8 @@
 // The send and receive forms offscreen, over the scripted line: they mirror the core and route
 // the operator's keys to it.
 #include "EventScript.h"
-#include "Frontend/ReceiveForm.h"
-#include "Frontend/SendForm.h"
+#include "comms/forms/ReceiveForm.h"
+#include "comms/forms/SendForm.h"
 #include "InstallationFixture.h"
 #include "ScriptedSerialLine.h"
 

@@ -1,7 +1,7 @@
 #include "Frontend/FrontEnd.h"
 
 #include "Frontend/Manuals.h"
-#include "Frontend/NameKeyFilter.h"
+#include "filestore/forms/NameKeyFilter.h"
 #include "Frontend/StartUp.h"
 #include "Frontend/StatusBox.h"
 #include "InstallationFixture.h"

@@ -1,6 +1,6 @@
-#include "Frontend/ReceiveForm.h"
+#include "comms/forms/ReceiveForm.h"
 
-#include "Frontend/NameKeyFilter.h"
+#include "filestore/forms/NameKeyFilter.h"
 
 #include <QComboBox>
 #include <QFrame>

@@ -1,6 +1,6 @@
-#include "Frontend/TextEditorWindow.h"
+#include "editing/forms/TextEditorWindow.h"
 
-#include "Frontend/ScreenText.h"
+#include "platform/ScreenText.h"
 #include "platform/TextFile.h"
 
 #include <QCloseEvent>

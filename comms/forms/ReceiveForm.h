@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Frontend/TransferDialog.h"
+#include "comms/forms/TransferDialog.h"
 #include "comms/GeneralReceive.h"
 #include "comms/ReceiveFormLogic.h"
 

@@ -1,4 +1,4 @@
-#include "Frontend/ScreenText.h"
+#include "platform/ScreenText.h"
 
 #include <array>
 

@@ -1,4 +1,4 @@
-#include "Frontend/TransferDialog.h"
+#include "comms/forms/TransferDialog.h"
 
 #include "platform/Errors.h"
 

@@ -1,4 +1,4 @@
-#include "Frontend/SendForm.h"
+#include "comms/forms/SendForm.h"
 
 #include <QComboBox>
 #include <QGridLayout>

@@ -1,5 +1,5 @@
-#include "Frontend/ScreenText.h"
-#include "Frontend/TextEditorWindow.h"
+#include "platform/ScreenText.h"
+#include "editing/forms/TextEditorWindow.h"
 #include "InstallationFixture.h"
 
 #include <QApplication>

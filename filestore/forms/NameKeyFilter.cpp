@@ -1,4 +1,4 @@
-#include "Frontend/NameKeyFilter.h"
+#include "filestore/forms/NameKeyFilter.h"
 
 #include "filestore/KeyFilter.h"
 
