@@ -1,18 +1,8 @@
 #include "comms/ReceivedHeader.h"
 
-namespace kestrova {
+#include "filestore/Names.h"
 
-bool AcceptableOutsideName(const QString& name) {
-    if (name.isEmpty() || name.size() > 32)
-        return false;
-    if (name == QLatin1String(".") || name == QLatin1String(".."))
-        return false;
-    for (const QChar c : name) {
-        if (c == u'\\' || c == u'/' || c == u':' || c.unicode() < 32 || c.unicode() == 127)
-            return false;
-    }
-    return true;
-}
+namespace kestrova {
 
 void ReceivedHeader::TakeLine(int index, const QString& line) {
     static constexpr QChar markers[] = {MachineMarker, DirectoryMarker, ProgramMarker};

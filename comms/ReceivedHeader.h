@@ -10,11 +10,6 @@ inline constexpr QChar MachineMarker = QChar(23);   // ETB: the machine's name
 inline constexpr QChar DirectoryMarker = QChar(24); // CAN: the program directory's name
 inline constexpr QChar ProgramMarker = QChar(25);   // EM: the program's name without extension
 
-// Whether a name that arrived from outside the program may be used as a file or directory
-// name: 1 to 32 characters, none of "\", "/", ":" or a control character, and neither "." nor
-// "..". Anything else could place a file outside the data directories.
-[[nodiscard]] bool AcceptableOutsideName(const QString& name);
-
 // The header values of a received program, from its first three lines. A value that is not an
 // acceptable name counts as absent (empty), so that its default applies; Found still tells
 // that a marker was there, so the header lines are still left out of the filed program.

@@ -56,4 +56,16 @@ QString NumberText(long long number) {
     return QString::number(number);
 }
 
+bool AcceptableOutsideName(const QString& name) {
+    if (name.isEmpty() || name.size() > 32)
+        return false;
+    if (name == QLatin1String(".") || name == QLatin1String(".."))
+        return false;
+    for (const QChar c : name) {
+        if (c == u'\\' || c == u'/' || c == u':' || c.unicode() < 32 || c.unicode() == 127)
+            return false;
+    }
+    return true;
+}
+
 } // namespace kestrova

@@ -25,6 +25,12 @@ namespace kestrova {
 // The characters after the last "/", "\" or ":"; the whole path when there is none.
 [[nodiscard]] QString LastComponent(const QString& path);
 
+// Whether a name that arrived from outside the program (a received header, a floppy index
+// entry) may be used as a file or directory name: 1 to 32 characters, none of "\", "/", ":" or
+// a control character, and neither "." nor "..". Anything else could place a file outside the
+// data directories.
+[[nodiscard]] bool AcceptableOutsideName(const QString& name);
+
 // A number as text, without the blank in front of positive numbers.
 [[nodiscard]] QString NumberText(long long number);
 
