@@ -367,6 +367,11 @@ void FileSystem::ThrowFromErrno(int error, const Resolved& where) const {
     }
 }
 
+void FileSystem::CheckFault(FileStep step, const Resolved& where) const {
+    if (const int error = InjectedFault(step, where.full))
+        ThrowFromErrno(error, where);
+}
+
 void FileSystem::Copy(const QString& source, const QString& target) {
     const Resolved from = Resolve(source);
     if (!from.exists)
@@ -382,9 +387,11 @@ void FileSystem::Copy(const QString& source, const QString& target) {
     if (to.exists && !Writable(targetPath))
         throw PermissionDeniedError(to.full);
 
+    CheckFault(FileStep::Read, from);
     FilePtr in(std::fopen(ToFs(from.host).c_str(), "rb"));
     if (!in)
         ThrowFromErrno(errno, from);
+    CheckFault(FileStep::Open, to);
     const fs::path temporary = TemporarySibling(targetPath);
     FilePtr out(std::fopen(temporary.c_str(), "wb"));
     if (!out)
@@ -395,21 +402,30 @@ void FileSystem::Copy(const QString& source, const QString& target) {
         fs::remove(temporary, ignored);
         ThrowFromErrno(error, where);
     };
+    const auto injected = [&](FileStep step) { return InjectedFault(step, to.full); };
     std::vector<char> buffer(1 << 16);
     for (;;) {
         const size_t got = std::fread(buffer.data(), 1, buffer.size(), in.get());
-        if (got > 0 && std::fwrite(buffer.data(), 1, got, out.get()) != got)
-            fail(errno, to);
+        if (got > 0) {
+            if (const int fault = injected(FileStep::Write))
+                fail(fault, to);
+            if (std::fwrite(buffer.data(), 1, got, out.get()) != got)
+                fail(errno, to);
+        }
         if (got < buffer.size()) {
             if (std::ferror(in.get()))
                 fail(EIO, from);
             break;
         }
     }
+    if (const int fault = injected(FileStep::Close))
+        fail(fault, to);
     if (std::fflush(out.get()) != 0)
         fail(errno, to);
     if (std::fclose(out.release()) != 0)
         fail(errno, to);
+    if (const int fault = injected(FileStep::Replace))
+        fail(fault, to);
     std::error_code ec;
     fs::rename(temporary, targetPath, ec);
     if (ec)
@@ -424,6 +440,7 @@ void FileSystem::Delete(const QString& p) {
         throw FileNotFoundError(r.full, QStringLiteral("is a directory"));
     if (!Writable(ToFs(r.host)))
         throw PermissionDeniedError(r.full);
+    CheckFault(FileStep::Delete, r);
     std::error_code ec;
     fs::remove(ToFs(r.host), ec);
     if (ec)
@@ -445,6 +462,7 @@ void FileSystem::Rename(const QString& from, const QString& to) {
     if (targetNames.isEmpty())
         throw BadFileNameError(target.full);
     const fs::path targetPath = ToFs(target.host).parent_path() / ToFs(targetNames.last());
+    CheckFault(FileStep::Rename, source);
     std::error_code ec;
     fs::rename(ToFs(source.host), targetPath, ec);
     if (ec == std::errc::cross_device_link && !source.isDirectory) {
@@ -462,6 +480,7 @@ void FileSystem::MakeDirectory(const QString& p) {
         throw PathFileAccessError(r.full, QStringLiteral("already exists"));
     if (!r.parentExists)
         ThrowMissing(r);
+    CheckFault(FileStep::MakeDirectory, r);
     std::error_code ec;
     fs::create_directory(ToFs(r.host), ec);
     if (ec)
@@ -480,6 +499,7 @@ void FileSystem::RemoveDirectory(const QString& p) {
             throw DeviceUnavailableError(r.full);
         throw PathNotFoundError(r.full);
     }
+    CheckFault(FileStep::RemoveDirectory, r);
     std::error_code ec;
     fs::remove(ToFs(r.host), ec);
     if (ec == std::errc::directory_not_empty || ec == std::errc::file_exists)

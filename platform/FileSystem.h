@@ -7,11 +7,17 @@
 #include <QMap>
 #include <QString>
 #include <QStringList>
+#include <functional>
 #include <optional>
 
 namespace kestrova {
 
 enum class EntryKinds { Files = 1, Directories = 2, Both = 3 };
+
+// The steps of the file operations at which the host can fail: opening a file to read it,
+// opening one to write it (a copy's or a rewrite's new text included), each write, the flush and
+// close of a written file, putting a complete new text in place, and the single operations.
+enum class FileStep { Read, Open, Write, Close, Replace, Delete, Rename, MakeDirectory, RemoveDirectory };
 
 // The host file layer: the one place where the system's paths ("C:\Kestrova\Data\M1.cms")
 // become host paths. Drives come from the device map; each name is looked up as spelled and,
@@ -87,10 +93,25 @@ public:
     // The error for opening a file that is not there: file, path, drive not ready or unknown.
     [[noreturn]] void ThrowMissing(const Resolved& where) const;
 
+    // --- Faults ----------------------------------------------------------------------------
+    // A disk that fills up or a drive that is pulled out cannot be staged on demand, and
+    // permissions do not stop a privileged user: the hook is asked before every step with the
+    // full system path concerned and answers 0 to go on, or the host's error number (ENOSPC,
+    // EIO, ...) to fail that step exactly as the host would.
+    using FaultHook = std::function<int(FileStep step, const QString& fullPath)>;
+    void SetFaultHook(FaultHook hook) { m_faultHook = std::move(hook); }
+    // The host error number the hook gives for this step, 0 for none.
+    [[nodiscard]] int InjectedFault(FileStep step, const QString& fullPath) const {
+        return m_faultHook ? m_faultHook(step, fullPath) : 0;
+    }
+    // Raises the fault the hook gives for this step, if any.
+    void CheckFault(FileStep step, const Resolved& where) const;
+
 private:
     DeviceMap m_devices;
     QChar m_currentDrive;
     QMap<QChar, QString> m_currentDirs; // per drive, a full system path
+    FaultHook m_faultHook;
 };
 
 } // namespace kestrova

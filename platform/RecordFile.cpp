@@ -18,6 +18,7 @@ RecordFile::RecordFile(FileSystem& files, const QString& path, int recordLength)
         files.ThrowMissing(m_where);
     if (m_where.exists && m_where.isDirectory)
         throw PathFileAccessError(m_where.full, QStringLiteral("is a directory"));
+    files.CheckFault(FileStep::Open, m_where);
     const auto host = host::ToFs(m_where.host);
     m_file.reset(std::fopen(host.c_str(), m_where.exists ? "r+b" : "w+b"));
     if (!m_file)
@@ -39,6 +40,7 @@ QByteArray RecordFile::Read(int record) {
 void RecordFile::Write(int record, const QByteArray& bytes) {
     QByteArray padded = bytes.left(m_length);
     padded.append(QByteArray(m_length - padded.size(), '\0'));
+    m_files.CheckFault(FileStep::Write, m_where);
     if (std::fseek(m_file.get(), long(record - 1) * m_length, SEEK_SET) != 0)
         m_files.ThrowFromErrno(errno, m_where);
     if (std::fwrite(padded.constData(), 1, size_t(m_length), m_file.get()) != size_t(m_length) ||

@@ -31,6 +31,7 @@ LineReader::LineReader(const FileSystem& files, const QString& path) {
         files.ThrowMissing(r);
     if (r.isDirectory)
         throw PathFileAccessError(r.full, QStringLiteral("is a directory"));
+    files.CheckFault(FileStep::Read, r);
     m_file.reset(std::fopen(host::ToFs(r.host).c_str(), "rb"));
     if (!m_file)
         files.ThrowFromErrno(errno, r);
@@ -120,6 +121,7 @@ TextWriter::TextWriter(FileSystem& files, const QString& path, Mode mode) : m_mo
                                  ? target.parent_path() / ("." + target.filename().string() + ".kestrova-new")
                                  : target;
     m_writeHostPath = written.string();
+    files.CheckFault(FileStep::Open, m_target);
     m_file.reset(std::fopen(m_writeHostPath.c_str(), mode == Mode::Append ? "ab" : "wb"));
     if (!m_file)
         files.ThrowFromErrno(errno, m_target);
@@ -136,6 +138,8 @@ TextWriter::~TextWriter() {
 void TextWriter::WriteBytes(const QByteArray& bytes) {
     if (!m_file)
         throw PathFileAccessError(m_path, QStringLiteral("file is closed"));
+    if (!bytes.isEmpty())
+        m_files.CheckFault(FileStep::Write, m_target);
     if (!bytes.isEmpty() &&
         std::fwrite(bytes.constData(), 1, size_t(bytes.size()), m_file.get()) != size_t(bytes.size()))
         m_files.ThrowFromErrno(errno, m_target);
@@ -152,6 +156,16 @@ void TextWriter::WriteLine(const QString& line) {
 void TextWriter::Close() {
     if (!m_file)
         return;
+    try {
+        m_files.CheckFault(FileStep::Close, m_target);
+    } catch (const SystemError&) {
+        m_file.reset();
+        if (m_mode == Mode::Replace) {
+            std::error_code ignored;
+            fs::remove(m_writeHostPath, ignored);
+        }
+        throw;
+    }
     const bool flushed = std::fflush(m_file.get()) == 0;
     const int flushError = errno;
     const bool closed = std::fclose(m_file.release()) == 0;
@@ -165,7 +179,10 @@ void TextWriter::Close() {
     }
     if (m_mode == Mode::Replace) {
         std::error_code ec;
-        fs::rename(m_writeHostPath, host::ToFs(m_target.host), ec);
+        if (const int fault = m_files.InjectedFault(FileStep::Replace, m_path))
+            ec = std::error_code(fault, std::generic_category());
+        if (!ec)
+            fs::rename(m_writeHostPath, host::ToFs(m_target.host), ec);
         if (ec) {
             // The complete new text stays in the sibling; say where it is.
             throw PathFileAccessError(
@@ -189,6 +206,7 @@ QByteArray ReadAllBytes(const FileSystem& files, const QString& path) {
     const FileSystem::Resolved r = files.Resolve(path);
     if (!r.exists)
         files.ThrowMissing(r);
+    files.CheckFault(FileStep::Read, r);
     std::unique_ptr<std::FILE, int (*)(std::FILE*)> f(std::fopen(host::ToFs(r.host).c_str(), "rb"),
                                                       &std::fclose);
     if (!f)

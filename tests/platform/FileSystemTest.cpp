@@ -1,11 +1,15 @@
 #include "platform/FileSystem.h"
 
+#include "FaultInjector.h"
 #include "InstallationFixture.h"
+#include "QtPrinters.h"
 #include "platform/TextFile.h"
 
 #include <QFile>
 #include <QFileInfo>
+#include <functional>
 #include <gtest/gtest.h>
+#include <vector>
 
 using namespace kestrova;
 using kestrova::testing::InstallationFixture;
@@ -22,6 +26,10 @@ QString ErrorText(F&& f) {
         return QStringLiteral("wrong error: ") + e.text();
     }
     return QStringLiteral("no error");
+}
+
+QString LastName(const QString& path) {
+    return path.mid(path.lastIndexOf(u'\\') + 1);
 }
 
 } // namespace
@@ -191,4 +199,52 @@ TEST(FileSystem, RenamesDeletesAndRemovesDirectories) {
     files.RemoveDirectory(QStringLiteral("C:\\Jobs\\PUNCH1\\old jobs"));
     EXPECT_FALSE(fx.OnDisk(QStringLiteral("C:\\Jobs\\PUNCH1\\Old Jobs")));
     EXPECT_THROW(files.Delete(parts), FileNotFoundError) << "a directory is not deleted as a file";
+}
+
+// A fault at any step of a copy or a whole-file rewrite leaves the old file as it was, nothing
+// half written beside it, and an error that names the file and the reason.
+TEST(FileSystem, AFaultAtAnyStepOfACopyOrRewriteKeepsTheOldFile) {
+    const QString source = QStringLiteral("C:\\Jobs\\source.bin");
+    const QString target = QStringLiteral("C:\\Jobs\\TARGET.BIN");
+    const QByteArray oldBytes("old text\r\n");
+    const QByteArray newBytes(200000, 'n'); // more than one chunk, so a write fails part-way
+    struct Case {
+        FileStep step;
+        int nth;
+        std::function<void(FileSystem&)> run;
+    };
+    const std::vector<Case> cases{
+        {FileStep::Read, 1, [&](FileSystem& f) { f.Copy(source, target); }},
+        {FileStep::Open, 1, [&](FileSystem& f) { f.Copy(source, target); }},
+        {FileStep::Write, 2, [&](FileSystem& f) { f.Copy(source, target); }},
+        {FileStep::Close, 1, [&](FileSystem& f) { f.Copy(source, target); }},
+        {FileStep::Replace, 1, [&](FileSystem& f) { f.Copy(source, target); }},
+        {FileStep::Open, 1, [&](FileSystem& f) { WriteAllLines(f, target, {"new"}); }},
+        {FileStep::Write, 1, [&](FileSystem& f) { WriteAllLines(f, target, {"new"}); }},
+        {FileStep::Close, 1, [&](FileSystem& f) { WriteAllLines(f, target, {"new"}); }},
+        {FileStep::Replace, 1, [&](FileSystem& f) { WriteAllLines(f, target, {"new"}); }},
+        {FileStep::Delete, 1, [&](FileSystem& f) { f.Delete(target); }},
+        {FileStep::Rename, 1, [&](FileSystem& f) { f.Rename(target, QStringLiteral("C:\\Jobs\\other")); }},
+    };
+    for (const Case& c : cases) {
+        InstallationFixture fx;
+        FileSystem& files = fx.Files();
+        fx.Write(source, newBytes);
+        fx.Write(target, oldBytes);
+        kestrova::testing::FaultInjector faults(files);
+        const QString faultPath = c.step == FileStep::Read ? source : target;
+        faults.Fail(c.step, LastName(faultPath), ENOSPC, c.nth);
+        SCOPED_TRACE(int(c.step));
+        QString subject;
+        try {
+            c.run(files);
+        } catch (const SystemError& e) {
+            subject = e.subject();
+        }
+        EXPECT_EQ(faults.Fired(), 1);
+        EXPECT_EQ(subject, faultPath);
+        EXPECT_EQ(fx.Read(target), oldBytes);
+        EXPECT_EQ(files.List(QStringLiteral("C:\\Jobs"), QStringLiteral("*"), EntryKinds::Files),
+                  (QStringList{"source.bin", "TARGET.BIN"}));
+    }
 }
