@@ -1,5 +1,6 @@
 #include "comms/ReceiveFormLogic.h"
 
+#include "filestore/KeyFilter.h"
 #include "filestore/LastFile.h"
 #include "filestore/Listings.h"
 #include "filestore/Names.h"
@@ -9,7 +10,7 @@ namespace kestrova {
 namespace {
 
 const QString TempName = QStringLiteral("Commstmp.prg");
-constexpr qsizetype MaxNameLength = 32;
+constexpr int NameMode = -32; // the name box's key filter
 
 QString Quoted(const QString& name) {
     return u'"' + name + u'"';
@@ -60,12 +61,13 @@ ReceiveOkOutcome ReceiveFormLogic::ReceiveOk_Click(const QString& nameText) {
         return ReceiveOkOutcome::Close;
 
     const QString name = nameText.trimmed();
-    if (name.isEmpty() || name.size() > MaxNameLength) {
-        messages.Refuse(QStringLiteral("Invalid File Name !"));
+    const std::optional<QString> stored =
+        FileInDirectory(PathJoin(g, g.CommsMachineDir, g.CommsDirectory), name, QStringLiteral("prg"));
+    if (!NameFitsFilter(name, NameMode) || !stored) {
+        messages.Refuse(InvalidFileName);
         return ReceiveOkOutcome::StayOnName;
     }
-
-    const QString target = PathJoin(g, g.CommsMachineDir, g.CommsDirectory) + name + QStringLiteral(".prg");
+    const QString& target = *stored;
     if (files.Exists(target)) {
         messages.Beep();
         const Answer answer =

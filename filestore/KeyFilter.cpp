@@ -63,14 +63,13 @@ Rule RuleFor(int mode) {
     }
 }
 
-} // namespace
-
-int FilterNameKey(MessageService& messages, int keyCode, int mode, const QString& text, int selectionLength) {
+// Whether the mode takes the key into a box holding text with selectionLength characters selected.
+bool Takes(int keyCode, int mode, const QString& text, int selectionLength) {
     if (keyCode == Backspace || keyCode == Enter)
-        return keyCode;
+        return true;
     const Rule rule = RuleFor(mode);
     if (!rule.known)
-        return keyCode;
+        return true;
     bool accepted = IsDigit(keyCode) || In(keyCode, rule.extra) || (rule.letters && IsLetter(keyCode));
     if (rule.nameSet) {
         if (In(keyCode, "&()+-._"))
@@ -80,10 +79,36 @@ int FilterNameKey(MessageService& messages, int keyCode, int mode, const QString
     }
     if (accepted && rule.limit > 0 && text.size() >= rule.limit && selectionLength == 0)
         accepted = false;
-    if (accepted)
+    return accepted;
+}
+
+} // namespace
+
+int FilterNameKey(MessageService& messages, int keyCode, int mode, const QString& text, int selectionLength) {
+    if (Takes(keyCode, mode, text, selectionLength))
         return keyCode;
     messages.Beep();
     return 0;
+}
+
+bool NameFitsFilter(const QString& text, int mode) {
+    if (!RuleFor(mode).known)
+        return true;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        // Backspace and Enter edit the box or end the entry; inside a name they are characters.
+        const int code = text.at(i).unicode();
+        if (code == Backspace || code == Enter || !Takes(code, mode, text.left(i), 0))
+            return false;
+    }
+    return true;
+}
+
+bool BoxTextFitsFilter(const QString& text, int mode) {
+    const int limit = RuleFor(mode).limit;
+    qsizetype blanks = 0;
+    while (blanks < text.size() && text.at(blanks) == u' ')
+        ++blanks;
+    return NameFitsFilter(text.mid(blanks), mode) && (limit == 0 || text.size() <= limit);
 }
 
 } // namespace kestrova

@@ -14,4 +14,16 @@ namespace kestrova {
 [[nodiscard]] int FilterNameKey(MessageService& messages, int keyCode, int mode, const QString& text,
                                 int selectionLength);
 
+// Whether the filter would have taken every character of a whole name typed into an empty box:
+// what OK checks again, whatever way the text reached the box. Refused with InvalidFileName.
+[[nodiscard]] bool NameFitsFilter(const QString& text, int mode);
+
+// Whether a box may hold text at all: as NameFitsFilter, except that blanks in front are let
+// be (the cursor may have been moved before the first character to type one; OK trims them).
+// What the box checks when text arrives other than key by key (paste, drop, input method).
+[[nodiscard]] bool BoxTextFitsFilter(const QString& text, int mode);
+
+// The refusal of a name that does not fit its box's filter.
+inline const QString InvalidFileName = QStringLiteral("Invalid File Name !");
+
 } // namespace kestrova

@@ -56,16 +56,25 @@ QString NumberText(long long number) {
     return QString::number(number);
 }
 
-bool AcceptableOutsideName(const QString& name) {
-    if (name.isEmpty() || name.size() > 32)
-        return false;
-    if (name == QLatin1String(".") || name == QLatin1String(".."))
+bool StaysInDirectory(const QString& name) {
+    if (name.isEmpty() || name == QLatin1String(".") || name == QLatin1String(".."))
         return false;
     for (const QChar c : name) {
         if (c == u'\\' || c == u'/' || c == u':' || c.unicode() < 32 || c.unicode() == 127)
             return false;
     }
     return true;
+}
+
+std::optional<QString> FileInDirectory(const QString& directory, const QString& name,
+                                       const QString& extension) {
+    if (!StaysInDirectory(name))
+        return std::nullopt;
+    return extension.isEmpty() ? directory + name : directory + name + u'.' + extension;
+}
+
+bool AcceptableOutsideName(const QString& name) {
+    return name.size() <= 32 && StaysInDirectory(name);
 }
 
 } // namespace kestrova

@@ -4,6 +4,7 @@
 #include "platform/FileSystem.h"
 
 #include <QString>
+#include <optional>
 
 namespace kestrova {
 
@@ -24,6 +25,17 @@ namespace kestrova {
 
 // The characters after the last "/", "\" or ":"; the whole path when there is none.
 [[nodiscard]] QString LastComponent(const QString& path);
+
+// Whether a name joined to a directory names something inside it: not empty, none of "\", "/",
+// ":" or a control character, and neither "." nor "..".
+[[nodiscard]] bool StaysInDirectory(const QString& name);
+
+// The path of name + "." + extension (the extension may be empty: then name alone) inside the
+// directory (a path ending in "\"); nothing when the name would leave the directory. Every store
+// that files a program or drawing under a name it was given goes through this, so that whatever
+// a form or a line let through, nothing lands outside the directory the operator chose.
+[[nodiscard]] std::optional<QString> FileInDirectory(const QString& directory, const QString& name,
+                                                     const QString& extension);
 
 // Whether a name that arrived from outside the program (a received header, a floppy index
 // entry) may be used as a file or directory name: 1 to 32 characters, none of "\", "/", ":" or

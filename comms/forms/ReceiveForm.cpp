@@ -37,7 +37,7 @@ void ReceiveForm::BuildControls() {
     m_receiveCombo->setEditable(true);
     m_receiveCombo->setInsertPolicy(QComboBox::NoInsert);
     m_receiveCombo->lineEdit()->setMaxLength(32);
-    NameKeyFilter::Install(m_session, m_receiveCombo->lineEdit(), -32);
+    NameKeyFilter::Install(m_session, m_receiveCombo, -32);
 
     m_directoryFrame = new QFrame(this);
     m_directoryFrame->setObjectName(QStringLiteral("DirectoryFrame"));

@@ -1,17 +1,23 @@
 // The send and receive forms offscreen, over the scripted line: they mirror the core and route
 // the operator's keys to it.
 #include "EventScript.h"
-#include "comms/forms/ReceiveForm.h"
-#include "comms/forms/SendForm.h"
 #include "InstallationFixture.h"
 #include "ScriptedSerialLine.h"
+#include "comms/forms/ReceiveForm.h"
+#include "comms/forms/SendForm.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QComboBox>
+#include <QDirIterator>
+#include <QInputMethodEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QListWidget>
+#include <QMimeData>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QTest>
 #include <gtest/gtest.h>
 
 using namespace kestrova;
@@ -104,6 +110,125 @@ TEST_F(TransferForms, TheReceiveFormStoresWhatArrives) {
     EXPECT_EQ(form.result(), QDialog::Accepted);
     EXPECT_EQ(fx.Read("C:\\Jobs\\PUNCH1\\Parts\\P9.prg"), "G1\r\nM30\r\n%");
     EXPECT_EQ(fx.Messages().Texts(), QStringList{"\"P9\" Received !"});
+}
+
+// Every file below a host directory but the last-file memory, which a receive rewrites.
+QStringList FilesBelow(const QString& hostDir) {
+    QStringList found;
+    QDirIterator it(hostDir, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (it.hasNext())
+        found << it.next().mid(hostDir.size());
+    found.removeOne(QStringLiteral("/Kestrova/Lastfile.lst"));
+    found.sort();
+    return found;
+}
+
+// The ways text reaches a name box besides single keys.
+enum class Route { Keys, CtrlV, ShiftInsert, Drop, InputMethod };
+
+// Text enters the receive form's name box as the operator would put it there: typed at the box
+// (the combo box, which holds the focus), pasted with either shortcut, dropped onto the text
+// field, or committed by an input method.
+void Enter(QComboBox* combo, Route route, const QString& text) {
+    QLineEdit* field = combo->lineEdit();
+    switch (route) {
+    case Route::Keys:
+        QTest::keyClicks(combo, text);
+        break;
+    case Route::CtrlV:
+        QGuiApplication::clipboard()->setText(text);
+        QTest::keyClick(combo, Qt::Key_V, Qt::ControlModifier);
+        break;
+    case Route::ShiftInsert:
+        QGuiApplication::clipboard()->setText(text);
+        QTest::keyClick(combo, Qt::Key_Insert, Qt::ShiftModifier);
+        break;
+    case Route::Drop: {
+        QMimeData mime;
+        mime.setText(text);
+        const QPointF at(field->width() - 2, field->height() / 2);
+        QDragEnterEvent enter(at.toPoint(), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(field, &enter);
+        QDropEvent drop(at, Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(field, &drop);
+        break;
+    }
+    case Route::InputMethod: {
+        QInputMethodEvent commit;
+        commit.setCommitString(text);
+        QApplication::sendEvent(field, &commit);
+        break;
+    }
+    }
+}
+
+TEST_F(TransferForms, TheReceiveNameBoxTakesOnlyWhatTheKeyFilterTakes) {
+    struct Case {
+        const char* typed; // by keys first
+        Route route;
+        const char* entered; // then by the route
+        const char* stored;  // the program's name on disk
+        bool beeps;
+    };
+    const Case cases[] = {
+        {"", Route::Keys, "..\\Typed", "..Typed", true}, {"", Route::Keys, "r*?\"<>|s", "rs", true},
+        {"", Route::Keys, "t:u v/w", "tu vw", true},     {"Pa", Route::CtrlV, "ste (1)", "Paste (1)", false},
+        {"A", Route::CtrlV, "..\\Up", "A", true},        {"B", Route::ShiftInsert, "q*?", "B", true},
+        {"C", Route::Drop, "_2+&", "C_2+&", false},      {"C", Route::Drop, "v/w", "C", true},
+        {"D", Route::InputMethod, "-9", "D-9", false},   {"D", Route::InputMethod, "t:u", "D", true},
+        {"E", Route::InputMethod, "\u00e9", "E", true},
+    };
+    fx.Settings().ReceiveOperation = 2;
+    const QString root = fx.Host("C:\\");
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::string(c.typed) + " then " + c.entered);
+        const QStringList before = FilesBelow(root);
+        fx.Messages().Clear();
+        ReceiveForm form(fx.session(), Lines());
+        ASSERT_TRUE(form.Loaded());
+        form.show();
+        auto* combo = form.findChild<QComboBox*>("ReceiveCombo");
+        combo->setFocus();
+        Enter(combo, Route::Keys, QString::fromUtf8(c.typed));
+        Enter(combo, c.route, QString::fromUtf8(c.entered));
+        EXPECT_EQ(combo->currentText(), QString::fromUtf8(c.stored));
+        EXPECT_EQ(fx.Messages().Beeps() > 0, c.beeps);
+
+        When(
+            &script, [&] { return line && line->PortOpen(); }, [&] { line->Feed("G1\n%"); });
+        fx.Messages().Clear();
+        form.findChild<QPushButton*>("ReceiveOk")->click();
+        const QString stored = QStringLiteral("C:\\Jobs\\PUNCH1\\Parts\\") + c.stored + ".prg";
+        ASSERT_TRUE(fx.OnDisk(stored));
+        EXPECT_EQ(fx.Read(stored), "G1\r\n%");
+        EXPECT_EQ(fx.Messages().Texts(), QStringList{u'"' + QString::fromUtf8(c.stored) + "\" Received !"});
+        QStringList after = FilesBelow(root);
+        after.removeOne(fx.Host(stored).mid(root.size()));
+        EXPECT_EQ(after, before) << "nothing but the program lands anywhere";
+        fx.Remove(stored);
+    }
+}
+
+TEST_F(TransferForms, TheReceiveOkRefusesANameTheKeyFilterWouldRefuse) {
+    fx.Settings().ReceiveOperation = 2;
+    ReceiveForm form(fx.session(), Lines());
+    ASSERT_TRUE(form.Loaded());
+    form.show();
+    auto* combo = form.findChild<QComboBox*>("ReceiveCombo");
+    const QString root = fx.Host("C:\\");
+    const QStringList before = FilesBelow(root);
+    for (const char* name : {"..\\Up", "..", "a/b", "q*?", "t:u", "\u00e9t\u00e9"}) {
+        SCOPED_TRACE(name);
+        fx.Messages().Clear();
+        combo->setEditText(QString::fromUtf8(name)); // as a program would set it, past the filter
+        When(
+            &script, [&] { return line->PortOpen(); }, [&] { form.Receive().ReceiveAbrt_Click(); });
+        form.findChild<QPushButton*>("ReceiveOk")->click();
+        EXPECT_EQ(fx.Messages().Log(), (QStringList{"<beep>", "Invalid File Name !"}));
+        EXPECT_TRUE(form.isVisible());
+        EXPECT_EQ(line->Opens(), 0);
+    }
+    EXPECT_EQ(FilesBelow(root), before);
 }
 
 } // namespace

@@ -57,3 +57,30 @@ TEST(KeyFilter, NumberModesTakeTheirOwnCharacters) {
     EXPECT_EQ(Accepted(-3, keys, messages), keys) << "a mode of no row takes every key";
     EXPECT_EQ(messages.Beeps(), beepsBefore);
 }
+
+TEST(KeyFilter, AWholeNameFitsWhenEveryKeyOfItWouldHave) {
+    const struct {
+        const char* text;
+        int mode;
+        bool name; // NameFitsFilter: what OK checks
+        bool box;  // BoxTextFitsFilter: what a box may hold after a paste
+    } cases[] = {
+        {"Part 1&(2)+-._", -32, true, true}, {"", -32, true, true},
+        {" Part", -32, false, true}, // a blank in front: the box may hold it, OK trims it
+        {"..\\Up", -32, false, false},       {"a/b", -32, false, false},
+        {"q*?", -32, false, false},          {"t:u", -32, false, false},
+        {"a\tb", -32, false, false},         {"a\rb", -32, false, false},
+        {"\xe9t\xe9", -32, false, false},    {"*.prg", -322, true, true},
+        {"12a", -1, false, false},           {"a\\b*", 0, true, true},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
+        EXPECT_EQ(NameFitsFilter(QString::fromLatin1(c.text), c.mode), c.name);
+        EXPECT_EQ(BoxTextFitsFilter(QString::fromLatin1(c.text), c.mode), c.box);
+    }
+    // The limit holds for the whole text, blanks in front included.
+    EXPECT_TRUE(NameFitsFilter(QString(32, u'x'), -32));
+    EXPECT_FALSE(NameFitsFilter(QString(33, u'x'), -32));
+    EXPECT_FALSE(BoxTextFitsFilter(u' ' + QString(32, u'x'), -32));
+    EXPECT_TRUE(NameFitsFilter(QString(36, u'x'), -322));
+}

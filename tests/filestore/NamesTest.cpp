@@ -47,3 +47,35 @@ TEST(Names, PathJoinAndDrives) {
     EXPECT_FALSE(DriveExists(fx.Files(), QStringLiteral("H:")));
     EXPECT_FALSE(DriveExists(fx.Files(), QStringLiteral("  ")));
 }
+
+TEST(Names, AStoredNameNeverLeavesItsDirectory) {
+    const QString dir = QStringLiteral("C:\\Jobs\\PUNCH1\\Parts\\");
+    const struct {
+        const char* name;
+        const char* stored; // nullptr: refused
+    } cases[] = {
+        {"P9", "C:\\Jobs\\PUNCH1\\Parts\\P9.prg"},
+        {"..P9", "C:\\Jobs\\PUNCH1\\Parts\\..P9.prg"},
+        {"a b.c", "C:\\Jobs\\PUNCH1\\Parts\\a b.c.prg"},
+        {"", nullptr},
+        {".", nullptr},
+        {"..", nullptr},
+        {"..\\Up", nullptr},
+        {"../Up", nullptr},
+        {"sub\\P9", nullptr},
+        {"D:P9", nullptr},
+        {"P\t9", nullptr},
+        {"P\x7f", nullptr},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const std::optional<QString> stored =
+            FileInDirectory(dir, QString::fromLatin1(c.name), QStringLiteral("prg"));
+        EXPECT_EQ(stored.value_or(QStringLiteral("<refused>")),
+                  c.stored ? QString::fromLatin1(c.stored) : QStringLiteral("<refused>"));
+        EXPECT_EQ(AcceptableOutsideName(QString::fromLatin1(c.name)), c.stored != nullptr);
+    }
+    EXPECT_EQ(FileInDirectory(dir, QStringLiteral("Sub"), QString()), dir + QStringLiteral("Sub"));
+    EXPECT_TRUE(StaysInDirectory(QString(33, u'x')));
+    EXPECT_FALSE(AcceptableOutsideName(QString(33, u'x'))) << "a name from outside has 32 at most";
+}

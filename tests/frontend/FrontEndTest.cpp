@@ -1,7 +1,6 @@
 #include "Frontend/FrontEnd.h"
 
 #include "Frontend/Manuals.h"
-#include "filestore/forms/NameKeyFilter.h"
 #include "Frontend/StartUp.h"
 #include "Frontend/StatusBox.h"
 #include "InstallationFixture.h"
@@ -377,21 +376,3 @@ TEST_F(FrontEndTest, TheCommunicationsEntriesOpenTheSendAndReceiveFormsInTheMenu
     EXPECT_TRUE(fixture.Messages().Texts().isEmpty());
 }
 
-TEST(NameKeyFilter, TypedKeysGoThroughTheFilterOfTheBox) {
-    InstallationFixture fixture;
-    QLineEdit box;
-    NameKeyFilter::Install(fixture.session(), &box, -32);
-    const auto type = [&box](const QString& text) {
-        for (const QChar c : text) {
-            QKeyEvent press(QEvent::KeyPress, 0, Qt::NoModifier, QString(c));
-            QApplication::sendEvent(&box, &press);
-        }
-    };
-    type(QStringLiteral(" Part/1:a b"));
-    EXPECT_EQ(box.text(), QStringLiteral("Part1a b"));
-    EXPECT_EQ(fixture.Messages().Beeps(), 3);
-    EXPECT_EQ(fixture.Settings().KeyFilterMode, -32);
-    QKeyEvent backspace(QEvent::KeyPress, Qt::Key_Backspace, Qt::NoModifier);
-    QApplication::sendEvent(&box, &backspace);
-    EXPECT_EQ(box.text(), QStringLiteral("Part1a "));
-}
