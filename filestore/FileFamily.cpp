@@ -1,0 +1,184 @@
+#include "filestore/FileFamily.h"
+
+#include "filestore/Names.h"
+
+#include <QList>
+
+namespace kestrova {
+
+namespace {
+
+const QStringList ProgramMembers{QStringLiteral("prg"), QStringLiteral("inf"), QStringLiteral("rpt"),
+                                 QStringLiteral("stp")};
+
+struct Transfer {
+    QString from;
+    QString to;
+};
+
+// The files of one family as they lie in the directory: names whose base name (everything
+// before the last ".") is the family name in any letter case.
+QStringList Members(const FileSystem& files, const QString& directory, const QString& name) {
+    QStringList members;
+    for (const QString& file : files.Find(directory + name + QStringLiteral(".*"), EntryKinds::Files)) {
+        const qsizetype dot = file.lastIndexOf(u'.');
+        const QString base = dot < 0 ? file : file.left(dot);
+        if (base.compare(name, Qt::CaseInsensitive) == 0)
+            members << file;
+    }
+    return members;
+}
+
+// What follows the base name, dot included ("" for a file without extension).
+QString Suffix(const QString& member) {
+    const qsizetype dot = member.lastIndexOf(u'.');
+    return dot < 0 ? QString() : member.mid(dot);
+}
+
+bool WithinMachine(const GlobalSettings& g, const QString& destinationDir) {
+    return destinationDir.toUpper().contains(g.MachineDir.toUpper());
+}
+
+bool SamePlace(const FileSystem& files, const QString& a, const QString& b) {
+    const QString hostA = files.HostPath(a);
+    if (!hostA.isEmpty())
+        return hostA == files.HostPath(b);
+    return files.FullPath(a).compare(files.FullPath(b), Qt::CaseInsensitive) == 0;
+}
+
+bool DestinationExists(const FileSystem& files, const QString& stem, int kind) {
+    const bool drawing = files.IsFile(stem + QStringLiteral("drw"));
+    const bool program = files.IsFile(stem + QStringLiteral("prg"));
+    switch (kind) {
+    case 1:
+        return drawing;
+    case 2:
+        return program;
+    default:
+        return drawing || program;
+    }
+}
+
+// The files a copy of the family takes, by the rules of its kind.
+QList<Transfer> Plan(Session& session, const QString& sourceDir, const QString& sourceName,
+                     const QString& destinationDir, const QString& destinationName, int kind) {
+    const FileSystem& files = session.files;
+    const bool within = WithinMachine(session.settings, destinationDir);
+    QList<Transfer> plan;
+    if (kind == 2) {
+        for (const QString& extension : ProgramMembers) {
+            const QString from = sourceDir + sourceName + u'.' + extension;
+            if ((extension != QLatin1String("stp") || within) && files.IsFile(from))
+                plan.append({from, destinationDir + destinationName + u'.' + extension});
+        }
+        return plan;
+    }
+    for (const QString& member : Members(files, sourceDir, sourceName)) {
+        const QString extension = GetExtension(member);
+        bool boundToMachine = false;
+        if (kind == 1) {
+            // As spelled: "PRG" is no program member here.
+            boundToMachine = ProgramMembers.contains(extension) || extension.isEmpty() ||
+                             extension == QLatin1String("usr") || extension == QLatin1String("seq");
+        } else {
+            const QString lower = extension.toLower();
+            boundToMachine = lower == QLatin1String("usr") || lower == QLatin1String("seq") ||
+                             lower == QLatin1String("stp");
+        }
+        if (!boundToMachine || within)
+            plan.append({sourceDir + member, destinationDir + destinationName + Suffix(member)});
+    }
+    return plan;
+}
+
+// Copies every file of the plan; when one copy fails, the copies already made are removed again
+// (their sources are untouched) and the error goes on to the caller.
+void CopyAll(FileSystem& files, const QList<Transfer>& plan) {
+    qsizetype done = 0;
+    try {
+        for (; done < plan.size(); ++done)
+            files.Copy(plan.at(done).from, plan.at(done).to);
+    } catch (const SystemError&) {
+        for (qsizetype i = 0; i < done; ++i) {
+            try {
+                files.Delete(plan.at(i).to);
+            } catch (const SystemError&) {
+                // A drive gone for the copy is gone for the clean-up too; the source is whole.
+            }
+        }
+        throw;
+    }
+}
+
+// The overwrite question and the clearing of the old destination family. False when the
+// family is not to be copied.
+bool PrepareDestination(Session& session, const QString& sourceDir, const QString& sourceName,
+                        const QString& destinationDir, const QString& destinationName, int kind) {
+    GlobalSettings& g = session.settings;
+    if (kind < 1 || kind > 3)
+        return false;
+    if (SamePlace(session.files, sourceDir, destinationDir) &&
+        sourceName.compare(destinationName, Qt::CaseInsensitive) == 0) {
+        g.LastAnswer = Int16::From(int(Answer::No));
+        return false;
+    }
+    Answer answer = Answer::Yes;
+    if (DestinationExists(session.files, destinationDir + destinationName + u'.', kind))
+        answer = session.messages.Ask(u'"' + destinationName +
+                                      QStringLiteral("\" Already Exists !\n\nOverwrite It ?"));
+    g.LastAnswer = Int16::From(int(answer));
+    if (answer != Answer::Yes)
+        return false;
+    DeleteFamily(session, destinationDir, destinationName, kind);
+    return true;
+}
+
+} // namespace
+
+int CopyFamily(Session& session, const QString& sourceDir, const QString& sourceName,
+               const QString& destinationDir, const QString& destinationName, int kind) {
+    const QString from = sourceName.trimmed();
+    const QString to = destinationName.trimmed();
+    if (!PrepareDestination(session, sourceDir, from, destinationDir, to, kind))
+        return 0;
+    CopyAll(session.files, Plan(session, sourceDir, from, destinationDir, to, kind));
+    return 1;
+}
+
+int MoveFamily(Session& session, const QString& sourceDir, const QString& sourceName,
+               const QString& destinationDir, const QString& destinationName, int kind) {
+    const QString from = sourceName.trimmed();
+    const QString to = destinationName.trimmed();
+    if (!PrepareDestination(session, sourceDir, from, destinationDir, to, kind))
+        return 0;
+    const QList<Transfer> plan = Plan(session, sourceDir, from, destinationDir, to, kind);
+    CopyAll(session.files, plan);
+    for (const Transfer& t : plan)
+        session.files.Delete(t.from);
+    return 1;
+}
+
+void DeleteFamily(Session& session, const QString& directory, const QString& name, int kind) {
+    FileSystem& files = session.files;
+    const QString family = name.trimmed();
+    if (kind == 2) {
+        for (const QString& extension : ProgramMembers) {
+            const QString path = directory + family + u'.' + extension;
+            if (files.IsFile(path))
+                files.Delete(path);
+        }
+        return;
+    }
+    if (kind != 1 && kind != 3)
+        return;
+    for (const QString& member : Members(files, directory, family)) {
+        const QString extension = GetExtension(member);
+        // A nest file survives in any letter case; the program members of kind 1 only as spelled.
+        const bool nest = extension.compare(QLatin1String("nst"), Qt::CaseInsensitive) == 0;
+        const bool kept = nest || (kind == 1 && (extension.isEmpty() || ProgramMembers.contains(extension)));
+        if (!kept)
+            files.Delete(directory + member);
+    }
+}
+
+} // namespace kestrova
