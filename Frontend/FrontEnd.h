@@ -125,6 +125,9 @@ private:
     void OpenSendForm(SendKind kind);
     void OpenReceiveForm(int operation);
 
+    // --- The edit form (FrontEndEditing.cpp) -----------------------------------------------
+    void OpenEditForm(int operation);
+
     // --- The background receive (FrontEndReceive.cpp) ---------------------------------------
     void SetUpBackgroundReceive(std::unique_ptr<SerialLine> line);
     // Starts (or starts again) the background receive; a port that cannot open is shown once.

@@ -170,24 +170,23 @@ void FrontEnd::BuildFileMenu() {
 }
 
 void FrontEnd::BuildEditMenu() {
-    GlobalSettings& g = m_session.settings;
     QMenu* edit = AddMenu(menuBar(), QStringLiteral("EditMenu"), QStringLiteral("&Edit"));
     // The edit form's operation codes: edit 1, new 2, the reports 3 and 4, the rewrites 5 to 7.
     AddItem(edit, QStringLiteral("EditItem1"), QStringLiteral("&Edit Program"),
-            [this, &g] { OpenForm(g.EditOperation, 1, true); });
+            [this] { OpenEditForm(1); });
     AddItem(edit, QStringLiteral("EditItem2"), QStringLiteral("New Program"),
-            [this, &g] { OpenForm(g.EditOperation, 2, true); });
+            [this] { OpenEditForm(2); });
     AddSeparator(edit);
     const QStringList strip{QStringLiteral("Renumber Program"), QStringLiteral("Strip Numbers"),
                             QStringLiteral("Remove Spaces")};
     for (int i = 1; i <= strip.size(); ++i)
         AddItem(edit, QStringLiteral("StripItem%1").arg(i), strip.at(i - 1),
-                [this, &g, i] { OpenForm(g.EditOperation, 4 + i, true); });
+                [this, i] { OpenEditForm(4 + i); });
     AddSeparator(edit);
     AddItem(edit, QStringLiteral("ViewItem1"), QStringLiteral("View Program Report"),
-            [this, &g] { OpenForm(g.EditOperation, 3, true); });
+            [this] { OpenEditForm(3); });
     AddItem(edit, QStringLiteral("ViewItem2"), QStringLiteral("View Nest Report"),
-            [this, &g] { OpenForm(g.EditOperation, 4, true); });
+            [this] { OpenEditForm(4); });
 }
 
 void FrontEnd::BuildCommsMenu() {

@@ -1,5 +1,8 @@
 #include "settings/EditorCommand.h"
 
+#include "platform/TextFile.h"
+#include "settings/SettingsFile.h"
+
 namespace kestrova {
 
 QString EditorCommand(const QString& editorLine) {
@@ -10,6 +13,18 @@ QString EditorCommand(const QString& editorLine) {
     if (blank >= 0)
         return line.left(blank + 1);
     return line + u' ';
+}
+
+std::unique_ptr<StartedProgram> StartEditorOn(Session& session, ProgramLauncher& launcher,
+                                              const QString& file) {
+    FileSystem& files = session.files;
+    if (!files.Exists(file)) {
+        TextWriter empty(files, file, TextWriter::Mode::Create);
+        empty.Close();
+    }
+    const QString command =
+        EditorCommand(ReadFirstLine(files, session.settings.ProgramPath + QStringLiteral("Editor.cfg")));
+    return launcher.StartEditor(command, file);
 }
 
 } // namespace kestrova

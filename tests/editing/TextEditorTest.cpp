@@ -1,9 +1,12 @@
-#include "platform/ScreenText.h"
-#include "editing/forms/TextEditorWindow.h"
 #include "InstallationFixture.h"
+#include "editing/forms/TextEditorWindow.h"
+#include "platform/ScreenText.h"
 
 #include <QApplication>
+#include <QLabel>
 #include <QPlainTextEdit>
+#include <QTest>
+#include <QTimer>
 #include <gtest/gtest.h>
 
 using namespace kestrova;
@@ -71,6 +74,98 @@ TEST_F(TextEditorTest, TheOpenWindowRunsUntilClosedAndAsksAboutUnsavedChanges) {
     EXPECT_EQ(fixture.Messages().Texts(),
               QStringList(2, QStringLiteral("Save Changes To \"C:\\Kestrova\\Setup\\Data\\PUNCH1.pst\" ?")));
     EXPECT_EQ(fixture.Read(file), QByteArray("B\r\n"));
+}
+
+TEST_F(TextEditorTest, AChangedLineLeavesEveryOtherByteAsItWas) {
+    QByteArray allBytes;
+    for (int b = 0; b < 256; ++b)
+        if (b != '\r' && b != '\n')
+            allBytes.append(char(b));
+    struct Case {
+        QByteArray before;
+        QByteArray after; // "Z" typed at the start of line 2
+    };
+    const Case cases[] = {
+        {"%\r\nG01 X1\r\nM30\r\n", "%\r\nZG01 X1\r\nM30\r\n"},
+        {"%\nG01\rX\r\nlast", "%\nZG01\rX\r\nlast"},
+        {"a\n\n\r\r\n", "a\nZ\n\r\r\n"},
+        {allBytes + "\r\n\n" + allBytes, allBytes + "\r\nZ\n" + allBytes},
+        {"one line", "one line\r\nZ"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.before.toStdString());
+        fixture.Write(file, c.before);
+        TextEditorWindow editor(fixture.Files(), fixture.Messages(), file);
+        editor.GoToLine(2);
+        auto* text = editor.findChild<QPlainTextEdit*>(QStringLiteral("EditorText"));
+        if (text->document()->blockCount() < 2) {
+            text->moveCursor(QTextCursor::End);
+            QTest::keyClick(text, Qt::Key_Return);
+        }
+        QTest::keyClicks(text, QStringLiteral("Z"));
+        ASSERT_TRUE(editor.Save());
+        EXPECT_EQ(fixture.Read(file), c.after);
+    }
+}
+
+TEST_F(TextEditorTest, FindReplaceGoToLineAndUndo) {
+    fixture.Write(file, "N10 G01 X5\r\nN20 g01 X6\r\nN30 G00 X7\r\n");
+    TextEditorWindow editor(fixture.Files(), fixture.Messages(), file);
+    auto* position = editor.findChild<QLabel*>(QStringLiteral("EditorPosition"));
+    editor.GoToLine(3);
+    EXPECT_EQ(position->text(), QStringLiteral("Ln 3, Col 1"));
+    editor.GoToLine(99);
+    EXPECT_EQ(editor.Position(), QStringLiteral("Ln 4, Col 1"));
+
+    // From the end the search starts at the top again; case matters only when asked.
+    EXPECT_TRUE(editor.FindNext(QStringLiteral("g01"), true));
+    EXPECT_EQ(editor.Position(), QStringLiteral("Ln 2, Col 8"));
+    EXPECT_TRUE(editor.FindNext(QStringLiteral("g01"), false));
+    EXPECT_EQ(editor.Position(), QStringLiteral("Ln 1, Col 8"));
+    EXPECT_FALSE(editor.FindNext(QStringLiteral("G02"), false));
+    EXPECT_EQ(fixture.Messages().Beeps(), 1);
+
+    EXPECT_EQ(editor.ReplaceAll(QStringLiteral("g01"), QStringLiteral("G02"), false), 2);
+    EXPECT_EQ(editor.Text(), QStringLiteral("N10 G02 X5\nN20 G02 X6\nN30 G00 X7\n"));
+    EXPECT_TRUE(editor.ReplaceNext(QStringLiteral("X"), QStringLiteral("Y"), true)); // selects the first X
+    EXPECT_TRUE(editor.ReplaceNext(QStringLiteral("X"), QStringLiteral("Y"), true)); // replaces it
+    EXPECT_EQ(editor.Text(), QStringLiteral("N10 G02 Y5\nN20 G02 X6\nN30 G00 X7\n"));
+
+    // Each replace is one step back; Replace All is one step for all of its changes.
+    auto* text = editor.findChild<QPlainTextEdit*>(QStringLiteral("EditorText"));
+    text->undo();
+    text->undo();
+    EXPECT_EQ(editor.Text(), QStringLiteral("N10 G01 X5\nN20 g01 X6\nN30 G00 X7\n"));
+    EXPECT_FALSE(editor.Modified());
+}
+
+TEST_F(TextEditorTest, ALargeProgramIsReadInWhileTheEventLoopRuns) {
+    QByteArray program("%\r\n");
+    for (int i = 1; program.size() < 3'000'000; ++i)
+        program += "N" + QByteArray::number(i) + " G01 X" + QByteArray::number(i % 997) + ".5 Y20 (HIT)\r\n";
+    program += "M30";
+    fixture.Write(file, program);
+    TextEditorWindow editor(fixture.Files(), fixture.Messages(), file);
+    ASSERT_TRUE(editor.Loading());
+    EXPECT_FALSE(editor.Save()); // nothing is written from a text that is not all in
+
+    // A timer of another window keeps firing while the file comes in.
+    int ticks = 0;
+    QTimer other;
+    QObject::connect(&other, &QTimer::timeout, [&] { ++ticks; });
+    other.start(0);
+    QEventLoop loop;
+    QObject::connect(&editor, &TextEditorWindow::LoadFinished, &loop, &QEventLoop::quit);
+    QTimer::singleShot(60000, &loop, &QEventLoop::quit);
+    loop.exec();
+    ASSERT_FALSE(editor.Loading());
+    EXPECT_GT(ticks, 2);
+    EXPECT_FALSE(editor.Modified());
+
+    editor.GoToLine(2);
+    QTest::keyClicks(editor.findChild<QPlainTextEdit*>(QStringLiteral("EditorText")), QStringLiteral("/"));
+    ASSERT_TRUE(editor.Save());
+    EXPECT_EQ(fixture.Read(file), program.left(3) + "/" + program.mid(3));
 }
 
 } // namespace

@@ -264,8 +264,21 @@ TEST_F(FrontEndTest, RestoreDefaultsCancelledLeavesFilesAndMenus) {
 }
 
 TEST_F(FrontEndTest, FormEntriesSetTheirModeInsideTheMenuFrame) {
+    // The edit form opens modal with the menus locked.
+    QString shown;
+    bool lockedWhileShown = false;
+    QTimer::singleShot(0, [&] {
+        QWidget* form = QApplication::activeModalWidget();
+        ASSERT_TRUE(form);
+        shown = form->windowTitle();
+        lockedWhileShown = !AllMenusEnabled();
+        QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+        QApplication::sendEvent(form, &escape);
+    });
     Trigger("StripItem2");
     EXPECT_EQ(fixture.Settings().EditOperation, 6);
+    EXPECT_EQ(shown, QStringLiteral("Strip Numbers"));
+    EXPECT_TRUE(lockedWhileShown);
     Trigger("FileItem4");
     EXPECT_EQ(fixture.Settings().FileOperation, 4);
     EXPECT_TRUE(AllMenusEnabled());

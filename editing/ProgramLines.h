@@ -1,0 +1,54 @@
+#pragma once
+
+#include "platform/Int16.h"
+
+#include <QString>
+#include <QStringView>
+
+namespace kestrova {
+
+// The line rules of the three program rewrites. Each takes one line without its line end and
+// gives the line to write. "Trim" here removes blanks (the space character) only: tabs and
+// every other character are kept, as NC controls treat them as data.
+
+// The text without leading and trailing blanks.
+[[nodiscard]] QStringView TrimBlanks(QStringView text);
+
+// Every blank removed, wherever it stands.
+[[nodiscard]] QString RemoveAllSpaces(QStringView text);
+
+// A line of Strip Numbers: a leading "/" (block delete) is kept in front, then any run of "N",
+// "n" and digits at the start of the block goes, and the rest is trimmed. Lines that do not
+// start with a block number pass as they are, apart from the trim.
+[[nodiscard]] QString StripLine(QStringView line);
+
+// The block numbering of Renumber Program: the N-word of the running number ("N", its digits
+// padded with "0" to the width, one blank) in front of each line, the old number removed.
+// The running number is the system's 16-bit integer: advancing past 32767 is "Overflow".
+class BlockNumbers {
+public:
+    BlockNumbers(Int16 start, Int16 increment, int width);
+
+    // The N-word of the running number.
+    [[nodiscard]] const QString& NWord() const { return m_nword; }
+    // The numbered line: prefix "/" if the block is a block delete, the N-word, then the block
+    // without its old number. Only an upper-case "N" with digits counts as the old number: a
+    // block starting with "n" keeps its whole text.
+    [[nodiscard]] QString Number(QStringView line) const;
+    // The next number: number + increment.
+    void Advance();
+
+private:
+    void Build();
+
+    Int16 m_number;
+    Int16 m_increment;
+    int m_width;
+    QString m_nword;
+};
+
+// The width of the block numbers from the start text: its length when, trimmed, it starts
+// with "0" ("0010" gives 4, "0" gives 1), otherwise 0 (no padding).
+[[nodiscard]] int NumberWidth(const QString& startText);
+
+} // namespace kestrova

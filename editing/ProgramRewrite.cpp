@@ -1,0 +1,120 @@
+#include "editing/ProgramRewrite.h"
+
+namespace kestrova {
+
+namespace {
+
+// Progress is told about every this many bytes: often enough for a smooth bar, rarely enough
+// to cost nothing next to the rewrite itself.
+constexpr qint64 ProgressStep = 1 << 20;
+// The new text goes to the disk in writes of about this size.
+constexpr qsizetype WriteChunk = 1 << 18;
+
+QString Quoted(const QString& path) {
+    return u'"' + path + u'"';
+}
+
+QString Unchanged(const QString& program) {
+    return QStringLiteral("The Program %1 Is Unchanged !").arg(Quoted(program));
+}
+
+QString NewTextIn(const QString& program, const QString& temporary) {
+    return QStringLiteral("The New Text Of %1 Is In %2 !").arg(Quoted(program), Quoted(temporary));
+}
+
+} // namespace
+
+RewriteError::RewriteError(const SystemError& cause, const QString& where)
+    : std::runtime_error((cause.text() + u'\n' + where).toStdString()), m_kind(cause.kind()),
+      m_text(cause.text() + u'\n' + where) {}
+
+ProgramInput::ProgramInput(const FileSystem& files, const QString& program, const RewriteProgress& progress)
+    : m_reader(files, program), m_progress(progress) {
+    if (m_progress) {
+        m_total = files.Length(program);
+        m_progress(0, m_total);
+    }
+}
+
+void ProgramInput::Finish() {
+    if (m_progress)
+        m_progress(m_total, m_total);
+}
+
+QString ProgramInput::ReadLine() {
+    QString line = m_reader.ReadLine();
+    if (m_progress) {
+        // The line end's length is not known here: one byte is counted, so the figure never
+        // runs ahead of the truth.
+        m_done = qMin(m_total, m_done + line.size() + 1);
+        if (m_done - m_reported >= ProgressStep) {
+            m_reported = m_done;
+            m_progress(m_done, m_total);
+        }
+    }
+    return line;
+}
+
+void ProgramOutput::Line(QStringView line) {
+    const qsizetype at = m_pending.size();
+    m_pending.resize(at + line.size() + 2);
+    char* out = m_pending.data() + at;
+    for (const QChar c : line)
+        *out++ = char(c.unicode());
+    *out++ = '\r';
+    *out = '\n';
+    if (m_pending.size() >= WriteChunk)
+        Flush();
+}
+
+void ProgramOutput::Flush() {
+    m_writer.WriteBytes(m_pending);
+    m_pending.clear();
+}
+
+void RewriteProgram(FileSystem& files, const QString& program, const QString& temporary,
+                    const std::function<void(ProgramInput&, ProgramOutput&)>& transform,
+                    const RewriteProgress& progress) {
+    const QString programPath = files.FullPath(program);
+    const QString temporaryPath = files.FullPath(temporary);
+
+    // 1. The new text: until it is complete and closed, the program is not touched.
+    try {
+        TextWriter writer(files, temporaryPath, TextWriter::Mode::Create);
+        {
+            ProgramInput input(files, programPath, progress);
+            ProgramOutput output(writer);
+            transform(input, output);
+            output.Flush();
+            input.Finish();
+        }
+        writer.Close();
+    } catch (const SystemError& error) {
+        // A block number out of range names no file of its own: it belongs to the program.
+        if (error.subject().isEmpty())
+            throw RewriteError(SystemError(error.kind(), programPath), Unchanged(programPath));
+        throw RewriteError(error, Unchanged(programPath));
+    }
+
+    // 2. The program goes, and the new text is copied in its place.
+    try {
+        files.Delete(programPath);
+    } catch (const SystemError& error) {
+        throw RewriteError(error, Unchanged(programPath) + u'\n' + NewTextIn(programPath, temporaryPath));
+    }
+    try {
+        files.Copy(temporaryPath, programPath);
+    } catch (const SystemError& error) {
+        throw RewriteError(error, NewTextIn(programPath, temporaryPath));
+    }
+
+    // 3. The temporary file is no longer needed.
+    try {
+        files.Delete(temporaryPath);
+    } catch (const SystemError& error) {
+        throw RewriteError(error,
+                           QStringLiteral("The Program %1 Has Its New Text !").arg(Quoted(programPath)));
+    }
+}
+
+} // namespace kestrova

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "platform/Errors.h"
+#include "platform/FileSystem.h"
+#include "platform/TextFile.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QStringView>
+#include <functional>
+#include <optional>
+#include <stdexcept>
+
+namespace kestrova {
+
+// How far the rewrite of one program has come: bytes read and the program's length.
+using RewriteProgress = std::function<void(qint64 done, qint64 total)>;
+
+// A rewrite that could not finish. The program is never lost on the way: it is either as it
+// was, or its complete new text is in the temporary file; the text says which, naming the file
+// and the reason.
+class RewriteError : public std::runtime_error {
+public:
+    RewriteError(const SystemError& cause, const QString& where);
+    [[nodiscard]] const QString& text() const { return m_text; }
+    [[nodiscard]] SystemError::Kind kind() const { return m_kind; }
+
+private:
+    SystemError::Kind m_kind;
+    QString m_text;
+};
+
+// The lines of the program being rewritten, read one at a time; reports how far it has come.
+class ProgramInput {
+public:
+    ProgramInput(const FileSystem& files, const QString& program, const RewriteProgress& progress);
+    [[nodiscard]] bool AtEnd() { return m_reader.AtEnd(); }
+    [[nodiscard]] QString ReadLine();
+    // Every line has been read.
+    void Finish();
+
+private:
+    LineReader m_reader;
+    const RewriteProgress& m_progress;
+    qint64 m_total = 0;
+    qint64 m_done = 0;
+    qint64 m_reported = 0;
+};
+
+// The new text, gathered into large writes of single-byte lines, each ended by CR LF.
+class ProgramOutput {
+public:
+    explicit ProgramOutput(TextWriter& writer) : m_writer(writer) {}
+    void Line(QStringView line);
+    void Flush();
+
+private:
+    TextWriter& m_writer;
+    QByteArray m_pending;
+};
+
+// The rewrite rule of the system: the new text goes to the temporary file (created, or emptied),
+// then the program is deleted, the temporary file copied to the program's path and deleted.
+// transform reads the program's lines and writes the new ones. Any failure raises RewriteError.
+void RewriteProgram(FileSystem& files, const QString& program, const QString& temporary,
+                    const std::function<void(ProgramInput&, ProgramOutput&)>& transform,
+                    const RewriteProgress& progress);
+
+} // namespace kestrova

@@ -1,0 +1,217 @@
+#include "editing/ProgramText.h"
+
+#include "FaultInjector.h"
+#include "InstallationFixture.h"
+#include "editing/ProgramLines.h"
+
+#include <gtest/gtest.h>
+
+using namespace kestrova;
+using kestrova::testing::FaultInjector;
+using kestrova::testing::InstallationFixture;
+
+namespace {
+
+struct LineCase {
+    const char* in;
+    const char* out;
+};
+
+TEST(ProgramLinesTest, StripRemovesAnyRunOfNAndDigitsAfterABlockDelete) {
+    const LineCase cases[] = {
+        {"N0010 G01 X5", "G01 X5"},
+        {"/N0010 G01 X5", "/G01 X5"},
+        {"/ N10  G00 ", "/G00"},
+        {"N10N20G01", "G01"},
+        {"n0050 X1", "X1"},
+        {"nN5n G1", "G1"},
+        {"N100", ""},
+        {"", ""},
+        {"   ", ""},
+        {"%", "%"},
+        {"O1234", "O1234"},
+        {"  G01 X1  ", "G01 X1"},
+        {"\tN10 G01", "\tN10 G01"},
+        {"N10\tG01", "\tG01"},
+        {"/", "/"},
+        {"G01 N10", "G01 N10"},
+        {"NX10", "X10"},
+    };
+    for (const LineCase& c : cases)
+        EXPECT_EQ(StripLine(QString::fromLatin1(c.in)), QString::fromLatin1(c.out)) << c.in;
+}
+
+TEST(ProgramLinesTest, NumberingRemovesOnlyAnUpperCaseOldNumber) {
+    struct Case {
+        int width;
+        const char* in;
+        const char* out;
+    };
+    const Case cases[] = {
+        {4, "N5 G90", "N0010 G90"},  {4, "n10 G01", "N0010 n10 G01"},
+        {0, "/N5 G00", "/N10 G00"},  {0, "G01 X10", "N10 G01 X10"},
+        {4, "", "N0010 "},           {4, "  %  ", "N0010 %"},
+        {0, "N10N20G01", "N10 G01"}, {0, "Nn10 X1", "N10 n10 X1"},
+        {0, "/ n5", "/N10 n5"},      {1, "N", "N10 "},
+        {0, "\tG01", "N10 \tG01"},   {6, "N7", "N000010 "},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(BlockNumbers(10, 5, c.width).Number(QString::fromLatin1(c.in)), QString::fromLatin1(c.out))
+            << c.in;
+}
+
+TEST(ProgramLinesTest, WidthsAndTheBlankRules) {
+    const std::pair<const char*, int> widths[] = {{"0010", 4}, {"10", 0}, {"0", 1}, {" 007 ", 3}, {"", 0}};
+    for (const auto& [text, width] : widths)
+        EXPECT_EQ(NumberWidth(QString::fromLatin1(text)), width) << text;
+    EXPECT_EQ(RemoveAllSpaces(QStringLiteral("  G01 X 10  Y5 ")), QStringLiteral("G01X10Y5"));
+    EXPECT_EQ(RemoveAllSpaces(QStringLiteral("G01\tX1 ")), QStringLiteral("G01\tX1"));
+    // A number longer than the width is never cut; advancing past 32767 is an overflow.
+    BlockNumbers numbers(32760, 7, 2);
+    EXPECT_EQ(numbers.NWord(), QStringLiteral("N32760 "));
+    numbers.Advance();
+    EXPECT_EQ(numbers.NWord(), QStringLiteral("N32767 "));
+    EXPECT_THROW(numbers.Advance(), OverflowError);
+}
+
+class ProgramTextTest : public ::testing::Test {
+protected:
+    void SetUp() override { fixture.Load(); }
+    QString Temp(const char* name) const { return QStringLiteral("C:\\Kestrova\\") + QLatin1String(name); }
+
+    const QString program = QStringLiteral("C:\\Jobs\\PUNCH1\\Parts\\Job.prg");
+    InstallationFixture fixture;
+};
+
+TEST_F(ProgramTextTest, WholeFilesWithMixedLineEnds) {
+    enum class Op { Renumber0010By10, Renumber5By5, Strip, Spaces };
+    struct Case {
+        Op op;
+        QByteArray in;
+        QByteArray out;
+    };
+    const Case cases[] = {
+        {Op::Renumber0010By10, "\r\n%\r\nN5 G90\n\r\nG01 X1\r%",
+         "%\r\nN0010 G90\r\nN0020 \r\nN0030 G01 X1\r\nN0040 %\r\n"},
+        {Op::Renumber0010By10, "  \r\n\r\nG01 X1\r\n", "N0010 G01 X1\r\n"},
+        {Op::Renumber0010By10, "", "N0010 \r\n"},
+        {Op::Renumber0010By10, " \r\n\n", "N0010 \r\n"},
+        {Op::Renumber0010By10, "o1234\nG01", "o1234\r\nN0010 G01\r\n"},
+        {Op::Renumber0010By10, "G01\n%\n", "N0010 G01\r\nN0020 %\r\n"},
+        {Op::Renumber5By5, "N1\nN2\nN3", "N5 \r\nN10 \r\nN15 \r\n"},
+        {Op::Strip, "%\r\n\r\nN10 G01\n/N0020 X5\rn30\r\n%", "%\r\n\r\nG01\r\n/X5\r\n\r\n%\r\n"},
+        {Op::Strip, "", ""},
+        {Op::Spaces, "  G01 X 10  Y5 \r\n   \r\n\r\nM30\tX", "G01X10Y5\r\nM30\tX\r\n"},
+        {Op::Spaces, " \n \n", ""},
+    };
+    for (const Case& c : cases) {
+        fixture.Write(program, c.in);
+        switch (c.op) {
+        case Op::Renumber0010By10:
+            RenumberProgram(fixture.session(), program, 10, 10, 4);
+            break;
+        case Op::Renumber5By5:
+            RenumberProgram(fixture.session(), program, 5, 5, 0);
+            break;
+        case Op::Strip:
+            StripNumbers(fixture.session(), program);
+            break;
+        case Op::Spaces:
+            RemoveSpaces(fixture.session(), program);
+            break;
+        }
+        EXPECT_EQ(fixture.Read(program), c.out) << c.in.toStdString();
+    }
+    for (const char* temp : {"Renumber.tmp", "Numbers.tmp", "Spaces.tmp"})
+        EXPECT_FALSE(fixture.OnDisk(Temp(temp))) << temp;
+}
+
+TEST_F(ProgramTextTest, AnOverflowInTheMiddleLeavesTheProgramAsItWas) {
+    const QByteArray original("%\r\nG01 X1\r\nG01 X2\r\nG01 X3\r\n%\r\n");
+    fixture.Write(program, original);
+    try {
+        RenumberProgram(fixture.session(), program, 32760, 5, 0);
+        FAIL() << "no overflow";
+    } catch (const RewriteError& error) {
+        EXPECT_EQ(error.kind(), SystemError::Kind::Overflow);
+        EXPECT_EQ(error.text(),
+                  QStringLiteral("Overflow: \"C:\\Jobs\\PUNCH1\\Parts\\Job.prg\"\n"
+                                 "The Program \"C:\\Jobs\\PUNCH1\\Parts\\Job.prg\" Is Unchanged !"));
+    }
+    EXPECT_EQ(fixture.Read(program), original);
+}
+
+TEST_F(ProgramTextTest, ARewriteThatCannotFinishLosesNothing) {
+    enum class After { AsItWas, InTemporary, Rewritten };
+    struct Case {
+        FileStep step;
+        const char* file;
+        After after;
+        const char* where;
+    };
+    const Case cases[] = {
+        {FileStep::Open, "Numbers.tmp", After::AsItWas, "Unchanged"},
+        {FileStep::Write, "Numbers.tmp", After::AsItWas, "Unchanged"},
+        {FileStep::Close, "Numbers.tmp", After::AsItWas, "Unchanged"},
+        {FileStep::Read, "Job.prg", After::AsItWas, "Unchanged"},
+        {FileStep::Delete, "Job.prg", After::AsItWas, "Is In \"C:\\Kestrova\\Numbers.tmp\""},
+        {FileStep::Open, "Job.prg", After::InTemporary, "Is In \"C:\\Kestrova\\Numbers.tmp\""},
+        {FileStep::Write, "Job.prg", After::InTemporary, "Is In \"C:\\Kestrova\\Numbers.tmp\""},
+        {FileStep::Replace, "Job.prg", After::InTemporary, "Is In \"C:\\Kestrova\\Numbers.tmp\""},
+        {FileStep::Delete, "Numbers.tmp", After::Rewritten, "Has Its New Text"},
+    };
+    QByteArray original;
+    QByteArray stripped;
+    for (int i = 0; i < 30000; ++i) {
+        original += "N" + QByteArray::number(i) + " G01 X" + QByteArray::number(i) + "\r\n";
+        stripped += "G01 X" + QByteArray::number(i) + "\r\n";
+    }
+    for (const Case& c : cases) {
+        SCOPED_TRACE(::testing::Message() << int(c.step) << " " << c.file);
+        fixture.Write(program, original);
+        if (fixture.OnDisk(Temp("Numbers.tmp")))
+            fixture.Remove(Temp("Numbers.tmp"));
+        FaultInjector faults(fixture.Files());
+        faults.Fail(c.step, QLatin1String(c.file), ENOSPC, 1);
+        try {
+            StripNumbers(fixture.session(), program);
+            ADD_FAILURE() << "the fault did not stop the rewrite";
+        } catch (const RewriteError& error) {
+            // One message: the reason and the file, then where the program's text is.
+            EXPECT_TRUE(error.text().startsWith(QStringLiteral("Disk full: \"")))
+                << error.text().toStdString();
+            EXPECT_TRUE(error.text().contains(QLatin1String(c.where))) << error.text().toStdString();
+        }
+        EXPECT_EQ(faults.Fired(), 1);
+        switch (c.after) {
+        case After::AsItWas:
+            EXPECT_EQ(fixture.Read(program), original);
+            break;
+        case After::InTemporary:
+            EXPECT_FALSE(fixture.OnDisk(program));
+            EXPECT_EQ(fixture.Read(Temp("Numbers.tmp")), stripped);
+            break;
+        case After::Rewritten:
+            EXPECT_EQ(fixture.Read(program), stripped);
+            break;
+        }
+    }
+}
+
+TEST_F(ProgramTextTest, ProgressRunsFromNothingToTheWholeProgram) {
+    QByteArray text;
+    for (int i = 0; i < 200000; ++i)
+        text += "G01 X" + QByteArray::number(i) + " Y 5\r\n";
+    fixture.Write(program, text);
+    QList<qint64> seen;
+    RemoveSpaces(fixture.session(), program, [&](qint64 done, qint64 total) {
+        EXPECT_EQ(total, text.size());
+        seen << done;
+    });
+    ASSERT_GE(seen.size(), 3);
+    EXPECT_EQ(seen.front(), 0);
+    EXPECT_EQ(seen.back(), text.size());
+    EXPECT_TRUE(std::is_sorted(seen.begin(), seen.end()));
+}
+
+} // namespace
