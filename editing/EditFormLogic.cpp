@@ -104,6 +104,14 @@ void EditFormLogic::DirectoryChosen(const QString& name) {
     m_preselect.clear();
 }
 
+void EditFormLogic::SearchPicked() {
+    const SearchResultRecord& found = m_session.settings.SearchResult;
+    if (found.flag != -1)
+        return;
+    SelectDirectory(m_session, found.directory);
+    m_preselect = found.name;
+}
+
 EditOkOutcome EditFormLogic::EditOk_Click(const EditOkInput& input, const BatchProgressReport& progress) {
     switch (EditOperation(m_operation)) {
     case EditOperation::EditProgram:

@@ -83,6 +83,9 @@ public:
     void FillFiles(ListModel& list);
     // The operator chose another data directory.
     void DirectoryChosen(const QString& name);
+    // The file name search handed back a program (`SearchResult`): its directory is made
+    // current and its name preselected.
+    void SearchPicked();
 
     [[nodiscard]] EditOkOutcome EditOk_Click(const EditOkInput& input,
                                              const BatchProgressReport& progress = {});

@@ -1,6 +1,7 @@
 #include "editing/forms/EditForm.h"
 
 #include "filestore/forms/NameKeyFilter.h"
+#include "filestore/forms/SearchForm.h"
 
 #include <QCloseEvent>
 #include <QFrame>
@@ -51,12 +52,7 @@ EditForm::EditForm(Session& session, ProgramLauncher& launcher, QWidget* parent)
     Arrange();
     try {
         m_logic.Form_Load();
-        if (m_layout.directoryFrame) {
-            ListModel directories;
-            m_logic.FillDirectories(directories);
-            Fill(m_directoryList, directories);
-        }
-        FillFiles();
+        FillLists();
         m_loaded = true;
     } catch (const SystemError& error) {
         m_session.messages.ShowError(error.text());
@@ -112,9 +108,7 @@ void EditForm::BuildControls() {
     m_progressLabel->hide();
     m_progressBar->hide();
 
-    m_search = Button(this, QStringLiteral("Search"), QStringLiteral("Search"));
-    // The file name search picker is not part of this program yet.
-    m_search->setEnabled(false);
+    m_search = Button(this, QStringLiteral("Search"), QStringLiteral("&Search"));
     m_editOk = Button(this, QStringLiteral("EditOk"), QStringLiteral("OK"));
     m_editOk->setDefault(true);
     m_editCncl = Button(this, QStringLiteral("EditCncl"), QStringLiteral("Cancel"));
@@ -145,6 +139,7 @@ void EditForm::BuildControls() {
     connect(m_directoryList, &QListWidget::currentRowChanged, this, &EditForm::DirectoryList_Change);
     connect(m_editList1, &QListWidget::itemDoubleClicked, this, &EditForm::EditOk_Click);
     connect(m_editList2, &QListWidget::itemDoubleClicked, this, &EditForm::EditOk_Click);
+    connect(m_search, &QPushButton::clicked, this, &EditForm::Search_Click);
     connect(m_editOk, &QPushButton::clicked, this, &EditForm::EditOk_Click);
     connect(m_editCncl, &QPushButton::clicked, this, &QDialog::reject);
 }
@@ -168,6 +163,15 @@ QListWidget* EditForm::FileList() const {
     return m_layout.multiList ? m_editList2 : m_editList1;
 }
 
+void EditForm::FillLists() {
+    if (m_layout.directoryFrame) {
+        ListModel directories;
+        m_logic.FillDirectories(directories);
+        Fill(m_directoryList, directories);
+    }
+    FillFiles();
+}
+
 void EditForm::FillFiles() {
     if (!m_layout.singleList && !m_layout.multiList)
         return;
@@ -183,6 +187,18 @@ void EditForm::DirectoryList_Change() {
     try {
         m_logic.DirectoryChosen(item->text());
         FillFiles();
+    } catch (const SystemError& error) {
+        m_session.messages.ShowError(error.text());
+    }
+}
+
+void EditForm::Search_Click() {
+    try {
+        if (!PickFileBySearch(m_session, this, 2))
+            return;
+        m_logic.SearchPicked();
+        FillLists();
+        FileList()->setFocus();
     } catch (const SystemError& error) {
         m_session.messages.ShowError(error.text());
     }
@@ -214,7 +230,7 @@ void EditForm::EditOk_Click() {
         m_session.messages.ShowError(QString::fromLocal8Bit(error.what()));
     }
     for (QWidget* w : findChildren<QWidget*>())
-        w->setEnabled(w != m_search);
+        w->setEnabled(true);
     m_progressLabel->hide();
     m_progressBar->hide();
     m_busy = false;

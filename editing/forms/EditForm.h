@@ -37,6 +37,8 @@ private:
     void Arrange();
     void FillFiles();
     void DirectoryList_Change();
+    void Search_Click();
+    void FillLists();
     void EditOk_Click();
     void ShowProgress(const BatchProgress& progress);
     [[nodiscard]] QListWidget* FileList() const;

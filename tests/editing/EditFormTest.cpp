@@ -8,6 +8,7 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QTest>
+#include <QTimer>
 #include <gtest/gtest.h>
 
 using namespace kestrova;
@@ -247,6 +248,27 @@ TEST_F(EditFormTest, OpeningFilesInTheEditor) {
               (QStringList{"C:\\Jobs\\PUNCH1\\Kestrova\\Sample.prg", "C:\\Jobs\\PUNCH1\\Parts\\X.rpt"}));
     EXPECT_EQ(fixture.ReadLines(LastFile), (QStringList{"Parts", "X", "******"}));
     EXPECT_TRUE(fixture.Messages().Log().isEmpty()) << fixture.Messages().Log().join(u'|').toStdString();
+}
+
+TEST_F(EditFormTest, AProgramFoundBySearchIsChosenInItsDirectory) {
+    auto form = Open(1);
+    ASSERT_EQ(fixture.Settings().CurrentDir, QStringLiteral("Parts"));
+    QString searched;
+    QTimer::singleShot(0, [&] {
+        QWidget* picker = QApplication::activeModalWidget();
+        ASSERT_TRUE(picker);
+        searched = picker->findChild<QLabel*>(QStringLiteral("CriteriaLabel"))->text();
+        QTest::keyClicks(picker->findChild<QLineEdit*>(QStringLiteral("CriteriaBox")),
+                         QStringLiteral("ampl"));
+        QTest::mouseClick(picker->findChild<QPushButton*>(QStringLiteral("CriteriaOk")), Qt::LeftButton);
+        QTest::mouseClick(picker->findChild<QPushButton*>(QStringLiteral("SearchOk")), Qt::LeftButton);
+    });
+    QTest::mouseClick(Child<QPushButton>(*form, "Search"), Qt::LeftButton);
+    EXPECT_EQ(searched, QStringLiteral("Programs"));
+    EXPECT_EQ(fixture.Settings().CurrentDir, QStringLiteral("Kestrova"));
+    EXPECT_EQ(Child<QListWidget>(*form, "DirectoryList")->currentItem()->text(), QStringLiteral("Kestrova"));
+    Ok(*form);
+    EXPECT_EQ(builtIn, QStringList(QStringLiteral("C:\\Jobs\\PUNCH1\\Kestrova\\Sample.prg")));
 }
 
 } // namespace
