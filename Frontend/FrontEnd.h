@@ -120,6 +120,13 @@ private:
     void RestoreDefaultsEntry();
     void OpenManualEntry();
 
+    // --- The File menu's file store entries (FrontEndFileStore.cpp) --------------------------
+    void SelectMachineEntry();
+    void DirectoryEntry(int action);
+    void SearchEntry();
+    void FileEntry(int action);
+    void RestoreEntry();
+
     // --- The send and receive forms (FrontEndComms.cpp) --------------------------------------
     [[nodiscard]] SerialLineFactory FormLines() const;
     void OpenSendForm(SendKind kind);

@@ -135,23 +135,24 @@ void FrontEnd::BuildMenus() {
 void FrontEnd::BuildFileMenu() {
     GlobalSettings& g = m_session.settings;
     QMenu* file = AddMenu(menuBar(), QStringLiteral("FileMenu"), QStringLiteral("&File"));
-    AddItem(file, QStringLiteral("MachineItem"), QStringLiteral("Select &Machine"), [this] { InFrame({}); });
+    AddItem(file, QStringLiteral("MachineItem"), QStringLiteral("Select &Machine"),
+            [this] { SelectMachineEntry(); });
     AddSeparator(file);
     const QStringList directories{QStringLiteral("Change &Directory"), QStringLiteral("Create Directory"),
                                   QStringLiteral("Rename Directory"), QStringLiteral("Delete Directory")};
     for (int i = 1; i <= directories.size(); ++i)
         AddItem(file, QStringLiteral("DirectoryItem%1").arg(i), directories.at(i - 1),
-                [this, &g, i] { OpenForm(g.DirectoryOperation, i, true); });
+                [this, i] { DirectoryEntry(i); });
     AddSeparator(file);
-    AddItem(file, QStringLiteral("SearchItem"), QStringLiteral("File &Search"), [this] { InFrame({}); });
+    AddItem(file, QStringLiteral("SearchItem"), QStringLiteral("File &Search"), [this] { SearchEntry(); });
     const QStringList fileItems{QStringLiteral("Delete File(s)"), QStringLiteral("Rename File As ..."),
                                 QStringLiteral("Copy File As ..."), QStringLiteral("Move File(s) To ..."),
                                 QStringLiteral("Copy File(s) To ...")};
     for (int i = 1; i <= fileItems.size(); ++i)
-        AddItem(file, QStringLiteral("FileItem%1").arg(i), fileItems.at(i - 1),
-                [this, &g, i] { OpenForm(g.FileOperation, i, true); });
+        AddItem(file, QStringLiteral("FileItem%1").arg(i), fileItems.at(i - 1), [this, i] { FileEntry(i); });
     AddSeparator(file, QStringLiteral("RestoreSeparator"));
-    AddItem(file, QStringLiteral("RestoreItem"), QStringLiteral("Restore Drawing"), [this] { InFrame({}); });
+    AddItem(file, QStringLiteral("RestoreItem"), QStringLiteral("Restore Drawing"),
+            [this] { RestoreEntry(); });
     AddSeparator(file);
     const QStringList external{QStringLiteral("Import File(s)"), QStringLiteral("Import File As ..."),
                                QStringLiteral("Export File(s)"), QStringLiteral("Export File As ...")};

@@ -1,5 +1,7 @@
 #include "comms/forms/SendForm.h"
 
+#include "filestore/forms/SearchForm.h"
+
 #include <QComboBox>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -67,6 +69,9 @@ void SendForm::BuildControls() {
     m_sendCncl = Button(this, QStringLiteral("SendCncl"), QStringLiteral("Cancel"));
     m_sendFrc = Button(this, QStringLiteral("SendFrc"), QStringLiteral("&Force Start"));
     m_sendAbrt = Button(this, QStringLiteral("SendAbrt"), QStringLiteral("&Abort"));
+    // With the lists, so that it rests while a transfer runs.
+    m_sendSrch = Button(m_choices, QStringLiteral("SendSrch"), QStringLiteral("Sea&rch"));
+    grid->addWidget(m_sendSrch, 3, 1, Qt::AlignRight);
     auto* buttons = new QHBoxLayout;
     for (QPushButton* b : {m_sendOk, m_sendCncl, m_sendFrc, m_sendAbrt})
         buttons->addWidget(b);
@@ -81,6 +86,7 @@ void SendForm::BuildControls() {
     connect(m_directoryList, &QListWidget::itemClicked, this, &SendForm::DirectoryList_Click);
     connect(m_sendOk, &QPushButton::clicked, this, &SendForm::SendOk_Click);
     connect(m_sendCncl, &QPushButton::clicked, this, &QDialog::reject);
+    connect(m_sendSrch, &QPushButton::clicked, this, &SendForm::SendSrch_Click);
     connect(m_sendFrc, &QPushButton::clicked, this, [this] { m_engine->SendFrc_Click(); });
     connect(m_sendAbrt, &QPushButton::clicked, this, [this] { m_engine->SendAbrt_Click(); });
 }
@@ -125,6 +131,23 @@ void SendForm::SendOk_Click() {
     m_sendOk->setVisible(true);
     m_sendCncl->setVisible(true);
     ShowProgress();
+    m_fileList->setFocus();
+}
+
+// The file name search over the programs of the machine sent to: the program found is chosen
+// in its directory.
+void SendForm::SendSrch_Click() {
+    if (!PickFileBySearch(m_session, this, 22))
+        return;
+    const SearchResultRecord& found = m_session.settings.SearchResult;
+    m_logic.DirectoryChosen(found.directory);
+    FillLists();
+    m_fileList->clearSelection();
+    const QList<QListWidgetItem*> items = m_fileList->findItems(found.name, Qt::MatchFixedString);
+    if (!items.isEmpty()) {
+        m_fileList->setCurrentItem(items.first());
+        items.first()->setSelected(true);
+    }
     m_fileList->setFocus();
 }
 

@@ -36,6 +36,7 @@ private:
     void MachineCombo_Click(int index);
     void DirectoryList_Click();
     void SendOk_Click();
+    void SendSrch_Click();
     void ShowProgress();
 
     void ShowPrograms();
@@ -51,6 +52,7 @@ private:
     QPushButton* m_sendCncl = nullptr;
     QPushButton* m_sendFrc = nullptr;
     QPushButton* m_sendAbrt = nullptr;
+    QPushButton* m_sendSrch = nullptr;
     QLabel* m_sendLabel = nullptr;
     QProgressBar* m_progress = nullptr;
     QWidget* m_choices = nullptr;

@@ -2,7 +2,7 @@
 #include "filestore/forms/SearchForm.h"
 
 #include "InstallationFixture.h"
-#include "tests/comms/EventScript.h"
+#include "ModalScript.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -134,32 +134,24 @@ TEST_F(SearchFormTest, TheModeSetsTheKindsAndTheMachineSearched) {
 TEST_F(SearchFormTest, ThePickerSaysWhetherAFileWasPicked) {
     QObject script;
     // Esc on the result page: nothing picked.
-    When(
-        &script, [] { return QApplication::activeModalWidget() != nullptr; },
-        [] {
-            QWidget* form = QApplication::activeModalWidget();
-            QTest::keyClicks(form->findChild<QLineEdit*>("CriteriaBox"), "bracket");
-            form->findChild<QPushButton*>("CriteriaOk")->click();
-            QTest::keyClick(form->findChild<QTreeWidget*>("SearchList"), Qt::Key_Escape);
-        });
+    OnModal(&script, "SearchForm", [](QDialog* form) {
+        QTest::keyClicks(form->findChild<QLineEdit*>("CriteriaBox"), "bracket");
+        form->findChild<QPushButton*>("CriteriaOk")->click();
+        QTest::keyClick(form->findChild<QTreeWidget*>("SearchList"), Qt::Key_Escape);
+    });
     EXPECT_FALSE(PickFileBySearch(fx.session(), nullptr, 2));
     EXPECT_EQ(fx.Settings().SearchResult.flag, 0);
     EXPECT_EQ(fx.Settings().SearchMode, 2);
 
-    When(
-        &script, [] { return QApplication::activeModalWidget() != nullptr; },
-        [] {
-            QWidget* form = QApplication::activeModalWidget();
-            QTest::keyClicks(form->findChild<QLineEdit*>("CriteriaBox"), "cov");
-            QTest::keyClick(form->findChild<QLineEdit*>("CriteriaBox"), Qt::Key_Return);
-            auto* list = form->findChild<QTreeWidget*>("SearchList");
-            QApplication::processEvents(); // the result page laid out
-            const QRect row = list->visualItemRect(list->topLevelItem(0));
-            QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, row.center());
-            QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, row.center());
-            if (form->isVisible())
-                static_cast<QDialog*>(form)->reject(); // a failure, not a hang
-        });
+    OnModal(&script, "SearchForm", [](QDialog* form) {
+        QTest::keyClicks(form->findChild<QLineEdit*>("CriteriaBox"), "cov");
+        QTest::keyClick(form->findChild<QLineEdit*>("CriteriaBox"), Qt::Key_Return);
+        auto* list = form->findChild<QTreeWidget*>("SearchList");
+        QApplication::processEvents(); // the result page laid out
+        const QRect row = list->visualItemRect(list->topLevelItem(0));
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, row.center());
+        QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, row.center());
+    });
     EXPECT_TRUE(PickFileBySearch(fx.session(), nullptr, 2));
     EXPECT_EQ(fx.Settings().SearchResult.name, "Cover");
     EXPECT_EQ(fx.Settings().SearchResult.directory, "Parts");

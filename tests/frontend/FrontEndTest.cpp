@@ -279,8 +279,6 @@ TEST_F(FrontEndTest, FormEntriesSetTheirModeInsideTheMenuFrame) {
     EXPECT_EQ(fixture.Settings().EditOperation, 6);
     EXPECT_EQ(shown, QStringLiteral("Strip Numbers"));
     EXPECT_TRUE(lockedWhileShown);
-    Trigger("FileItem4");
-    EXPECT_EQ(fixture.Settings().FileOperation, 4);
     EXPECT_TRUE(AllMenusEnabled());
     EXPECT_TRUE(fixture.Messages().Log().isEmpty());
 }

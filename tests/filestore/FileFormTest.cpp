@@ -1,0 +1,195 @@
+// The file form offscreen, played from the keyboard with the recording message service.
+#include "filestore/forms/FileForm.h"
+
+#include "FaultInjector.h"
+#include "InstallationFixture.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QTest>
+#include <gtest/gtest.h>
+#include <memory>
+
+using namespace kestrova;
+using namespace kestrova::testing;
+
+namespace {
+
+const QString Parts = QStringLiteral("C:\\Jobs\\PUNCH1\\Parts\\");
+
+class FileFormTest : public ::testing::Test {
+protected:
+    void SetUp() override { fx.Load(); }
+    FileForm& Open(int action) {
+        fx.Settings().FileOperation = Int16::From(action);
+        form = std::make_unique<FileForm>(fx.session());
+        form->show();
+        return *form;
+    }
+    QListWidget* List(const char* name) { return form->findChild<QListWidget*>(name); }
+    QStringList Entries(const char* name) {
+        QStringList entries;
+        for (int i = 0; i < List(name)->count(); ++i)
+            entries << List(name)->item(i)->text();
+        return entries;
+    }
+    // Makes an entry current with the keys an operator would press: Home, then Down.
+    void Choose(const char* list, const QString& entry) {
+        QListWidget* l = List(list);
+        l->setFocus();
+        QTest::keyClick(l, Qt::Key_Home);
+        while (l->currentItem() && l->currentItem()->text() != entry && l->currentRow() < l->count() - 1)
+            QTest::keyClick(l, Qt::Key_Down);
+        ASSERT_TRUE(l->currentItem() && l->currentItem()->text() == entry) << entry.toStdString();
+    }
+    void Untick(const char* box) {
+        auto* check = form->findChild<QCheckBox*>(box);
+        check->setFocus();
+        QTest::keyClick(check, Qt::Key_Space);
+    }
+    void Ok() { QTest::keyClick(form->focusWidget(), Qt::Key_Return); }
+    InstallationFixture fx;
+    std::unique_ptr<FileForm> form;
+};
+
+} // namespace
+
+TEST_F(FileFormTest, DeleteAsksForOneOrManyAndCounts) {
+    Open(1);
+    EXPECT_EQ(form->windowTitle(), "Delete Files");
+    EXPECT_EQ(Entries("FileList"), (QStringList{"bracket-2", "Bracket", "Cover", "X"}));
+    Ok();
+    EXPECT_EQ(fx.Messages().Log(), (QStringList{"<beep>", "No Files Selected !"}));
+
+    Choose("FileList", "Cover");
+    for (const Answer answer : {Answer::No, Answer::Yes}) {
+        fx.Messages().Clear();
+        fx.Messages().Script({answer});
+        Ok();
+        EXPECT_EQ(fx.Messages().Texts().first(), "Delete \"Cover\" ?");
+    }
+    EXPECT_EQ(fx.Messages().Texts(), (QStringList{"Delete \"Cover\" ?", "1 File Deleted !"}));
+    EXPECT_FALSE(fx.OnDisk(Parts + "Cover.prg"));
+    EXPECT_EQ(Entries("FileList"), (QStringList{"bracket-2", "Bracket", "X"}));
+
+    // Programs only: the drawings of the same names stay.
+    Untick("FileCheck1");
+    EXPECT_FALSE(form->findChild<QCheckBox*>("FileCheck1")->isChecked());
+    List("FileList")->setFocus();
+    QTest::keyClick(List("FileList"), Qt::Key_A, Qt::ControlModifier);
+    fx.Messages().Clear();
+    fx.Messages().Script({Answer::Yes});
+    Ok();
+    EXPECT_EQ(fx.Messages().Texts(), (QStringList{"Delete 3 Files ?", "3 Files Deleted !"}));
+    EXPECT_TRUE(fx.OnDisk(Parts + "Bracket.drw"));
+    EXPECT_TRUE(fx.OnDisk(Parts + "X.drw"));
+    EXPECT_FALSE(fx.OnDisk(Parts + "X.prg"));
+    EXPECT_TRUE(fx.OnDisk(Parts + "X")) << "a program delete takes only the program members";
+}
+
+TEST_F(FileFormTest, RenameAndCopyAsCheckTheNameAndAskFirst) {
+    Open(2);
+    EXPECT_EQ(form->windowTitle(), "Rename File");
+    Ok();
+    EXPECT_EQ(fx.Messages().Log(), (QStringList{"<beep>", "No File Selected !"}));
+    Choose("FileList", "Bracket");
+    auto* box = form->findChild<QLineEdit*>("FileBox");
+    EXPECT_EQ(box->text(), "Bracket") << "the old name is offered to change";
+    box->clear();
+    fx.Messages().Clear();
+    QTest::keyClick(box, Qt::Key_Return);
+    EXPECT_EQ(fx.Messages().Log(), (QStringList{"<beep>", "Invalid File Name !"}));
+    EXPECT_EQ(form->focusWidget(), box);
+
+    QTest::keyClicks(box, "Bracket (left)");
+    fx.Messages().Clear();
+    fx.Messages().Script({Answer::Yes});
+    QTest::keyClick(box, Qt::Key_Return);
+    EXPECT_EQ(fx.Messages().Texts(),
+              (QStringList{"Rename \"Bracket\"\nAs \"Bracket (left)\" ?", "1 File Renamed !"}));
+    EXPECT_EQ(fx.Read(Parts + "Bracket (left).drw"), "drawing\r\n");
+    EXPECT_FALSE(fx.OnDisk(Parts + "Bracket.prg"));
+    EXPECT_EQ(List("FileList")->currentItem()->text(), "Bracket (left)");
+
+    // Copy as onto an existing family: the overwrite question, and No copies nothing.
+    Open(3);
+    Choose("FileList", "X");
+    box = form->findChild<QLineEdit*>("FileBox");
+    box->setFocus();
+    box->selectAll();
+    QTest::keyClicks(box, "Cover");
+    fx.Messages().Clear();
+    fx.Messages().Script({Answer::Yes, Answer::No});
+    QTest::keyClick(box, Qt::Key_Return);
+    EXPECT_EQ(fx.Messages().Texts(),
+              (QStringList{"Copy \"X\"\nAs \"Cover\" ?", "\"Cover\" Already Exists !\n\nOverwrite It ?",
+                           "No Files Copied !"}));
+    EXPECT_EQ(fx.Read(Parts + "Cover.prg"), "%\r\nG00 X0 Y0\r\n%\r\n");
+}
+
+TEST_F(FileFormTest, MoveToAnotherMachineTakesOnlyWhatMayLeaveIt) {
+    Open(4);
+    EXPECT_EQ(form->windowTitle(), "Move Files");
+    EXPECT_TRUE(List("MachineList")->isVisible()) << "three machines to choose from";
+    EXPECT_EQ(List("DirectoryList")->currentItem()->text(), "Parts") << "the current directory to start with";
+    Choose("FileList", "X");
+
+    // A destination drive that is not ready is refused as it is chosen.
+    List("DirectoryList")->setFocus();
+    QTest::keyClick(List("DirectoryList"), Qt::Key_End); // G:, the last entry
+    EXPECT_EQ(fx.Messages().Log(), (QStringList{"<beep>", "Disc Not Ready !"}));
+    EXPECT_EQ(List("DirectoryList")->currentItem(), nullptr);
+
+    Choose("MachineList", "Laser 3030 Terminal");
+    EXPECT_EQ(Entries("DirectoryList"),
+              (QStringList{"Kestrova", "A: [Floppy Disk]", "E: [Removable Drive]", "G: [Removable Drive]"}));
+    fx.Messages().Clear();
+    Ok();
+    EXPECT_EQ(fx.Messages().Log(), (QStringList{"<beep>", "No Directory Selected !"}));
+    Choose("DirectoryList", "Kestrova");
+    fx.Messages().Clear();
+    fx.Messages().Script({Answer::Yes});
+    Ok();
+    EXPECT_EQ(fx.Messages().Texts(), (QStringList{"Move \"X\"\nTo \"Kestrova\" ?", "1 File Moved !"}));
+    EXPECT_EQ(fx.Files().List("C:\\Jobs\\LASER\\Kestrova\\", "X*", EntryKinds::Files),
+              (QStringList{"X", "X.drw", "X.dxf", "X.inf", "X.nst", "X.prg", "X.rpt"}));
+    EXPECT_EQ(fx.Files().List(Parts, "X*", EntryKinds::Files), (QStringList{"X.seq", "X.stp", "X.usr"}))
+        << "the set-up sheet and the machine-bound files stay with the machine";
+
+    // A drive pulled out between the choice and OK stops the batch before anything is touched.
+    Choose("DirectoryList", "A: [Floppy Disk]");
+    Choose("FileList", "Cover");
+    fx.Remove("A:\\");
+    fx.Messages().Clear();
+    fx.Messages().Script({Answer::Yes});
+    Ok();
+    EXPECT_EQ(fx.Messages().Log(),
+              (QStringList{"Move \"Cover\"\nTo \"A: [Floppy Disk]\" ?", "<beep>", "Disc Not Ready !"}));
+    EXPECT_TRUE(fx.OnDisk(Parts + "Cover.prg"));
+}
+
+TEST_F(FileFormTest, AFailedCopyStopsTheBatchWithOneMessage) {
+    Open(5);
+    Untick("FileCheck1"); // programs only
+    List("FileList")->setFocus();
+    QTest::keyClick(List("FileList"), Qt::Key_A, Qt::ControlModifier);
+    Choose("DirectoryList", "Archive");
+    // Ctrl+A chose every program; choosing the directory left the file selection as it was.
+    EXPECT_EQ(List("FileList")->selectedItems().size(), 4);
+    FaultInjector faults(fx.Files());
+    faults.Fail(FileStep::Write, "Cover.prg", ENOSPC);
+    fx.Messages().Script({Answer::Yes});
+    Ok();
+    const QStringList texts = fx.Messages().Texts();
+    ASSERT_EQ(texts.size(), 2) << texts.join(" | ").toStdString();
+    EXPECT_EQ(texts.at(0), "Copy 4 Files\nTo \"Archive\" ?");
+    EXPECT_TRUE(texts.at(1).contains("Disk full") && texts.at(1).contains("Cover.prg"))
+        << texts.at(1).toStdString();
+    const QString archive = QStringLiteral("C:\\Jobs\\PUNCH1\\Archive\\");
+    EXPECT_TRUE(fx.OnDisk(archive + "Bracket.prg")) << "families before the failure are copied";
+    EXPECT_FALSE(fx.Files().Exists(archive + "Cover.prg"));
+    EXPECT_FALSE(fx.Files().Exists(archive + "X.prg")) << "the batch stops at the failure";
+    EXPECT_TRUE(fx.OnDisk(Parts + "Cover.prg"));
+}

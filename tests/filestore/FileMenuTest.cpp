@@ -1,0 +1,129 @@
+// The File menu's file store entries on the main window, with its forms played from the keyboard.
+#include "Frontend/FrontEnd.h"
+#include "Frontend/StartUp.h"
+#include "Frontend/StatusBox.h"
+#include "InstallationFixture.h"
+#include "ModalScript.h"
+#include "ScriptedSerialLine.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QTest>
+#include <QTreeWidget>
+#include <gtest/gtest.h>
+
+using namespace kestrova;
+using namespace kestrova::testing;
+
+namespace {
+
+class FileMenuTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_EQ(LoadAtStartUp(fx.session()), 0);
+        window = std::make_unique<FrontEnd>(fx.session(), launcher);
+        window->SetFormLines([] { return std::make_unique<ScriptedSerialLine>(); });
+        window->AddMachineChangedHook([this] { ++machineChanges; });
+        window->show();
+    }
+    void Trigger(const char* entry) { window->Entry(QString::fromLatin1(entry))->trigger(); }
+    QString Status() {
+        const auto* status = window->findChild<StatusBox*>("StatusBar");
+        return status->LeftText() + "|" + status->RightText();
+    }
+    // The machine chosen in the machine form with the keys given.
+    void ChooseMachine(QList<Qt::Key> keys) {
+        OnModal(&script, "MachineForm", [keys](QDialog* form) {
+            for (const Qt::Key key : keys)
+                QTest::keyClick(form->findChild<QTreeWidget*>("MachineList"), key);
+        });
+        Trigger("MachineItem");
+    }
+    InstallationFixture fx;
+    ProgramLauncher launcher{fx.Files()};
+    std::unique_ptr<FrontEnd> window;
+    QObject script;
+    int machineChanges = 0;
+};
+
+} // namespace
+
+TEST_F(FileMenuTest, SelectMachineMakesTheChoiceCurrentAndSetsTheWindowUpForIt) {
+    fx.WriteLines("C:\\Kestrova\\Lastfile.lst", {"Parts", "Bracket", "******"});
+    EXPECT_FALSE(window->Entry("RainerMenu")->isVisible());
+
+    ChooseMachine({Qt::Key_Escape});
+    EXPECT_EQ(fx.ReadLines("C:\\Kestrova\\Kestrova.cfg").value(3), "1") << "Cancel changes nothing";
+    EXPECT_EQ(machineChanges, 0);
+
+    ChooseMachine({Qt::Key_Down, Qt::Key_Return});
+    const GlobalSettings& g = fx.Settings();
+    EXPECT_EQ(int(g.MachineNumber), 2);
+    EXPECT_EQ(g.MachineDir, "RAINER");
+    EXPECT_EQ(fx.ReadLines("C:\\Kestrova\\Kestrova.cfg").mid(3, 2), (QStringList{"2", "Kestrova"}))
+        << "the machine has no \"Parts\": its own directory is current";
+    EXPECT_EQ(fx.ReadLines("C:\\Kestrova\\Lastfile.lst"), (QStringList{"******"}));
+    EXPECT_EQ(machineChanges, 1) << "the background receive is set up again";
+    EXPECT_TRUE(window->Entry("RainerMenu")->isVisible()) << "the menus follow the machine";
+    EXPECT_EQ(Status(), " Kestrova|Rainer Combi 1250 ");
+    EXPECT_TRUE(window->Entry("FileMenu")->isEnabled());
+    EXPECT_TRUE(fx.Messages().Log().isEmpty());
+
+    // A machine whose data cannot be loaded: one message naming the file, the machine as it was.
+    fx.Remove("C:\\Kestrova\\Setup\\Data\\LASER.msr");
+    ChooseMachine({Qt::Key_End, Qt::Key_Return});
+    ASSERT_EQ(fx.Messages().Texts().size(), 1);
+    EXPECT_TRUE(fx.Messages().Texts().first().contains("LASER.msr"))
+        << fx.Messages().Texts().first().toStdString();
+    EXPECT_EQ(int(g.MachineNumber), 2);
+    EXPECT_EQ(fx.ReadLines("C:\\Kestrova\\Kestrova.cfg").value(3), "2");
+    EXPECT_EQ(Status(), " Kestrova|Rainer Combi 1250 ");
+    EXPECT_TRUE(window->Entry("FileMenu")->isEnabled());
+}
+
+TEST_F(FileMenuTest, FileSearchChangesToTheFoundDirectoryAndRemembersTheFile) {
+    OnModal(&script, "SearchForm", [](QDialog* form) {
+        QTest::keyClicks(form->findChild<QLineEdit*>("CriteriaBox"), "sam");
+        QTest::keyClick(form->findChild<QLineEdit*>("CriteriaBox"), Qt::Key_Return);
+        QTest::keyClick(form->findChild<QTreeWidget*>("SearchList"), Qt::Key_Return);
+    });
+    Trigger("SearchItem");
+    EXPECT_EQ(fx.Settings().CurrentDir, "Kestrova");
+    EXPECT_EQ(Status(), " Kestrova|Trumpf Punch 5000 ");
+    EXPECT_EQ(fx.ReadLines("C:\\Kestrova\\Lastfile.lst"), (QStringList{"Kestrova", "Sample", "******"}));
+}
+
+TEST_F(FileMenuTest, RestoreDrawingWantsADrawingInTheUndoArea) {
+    Trigger("RestoreItem");
+    EXPECT_EQ(fx.Messages().Log(), (QStringList{"<beep>", "No Restorable Drawing Available !"}));
+
+    fx.Write("C:\\Kestrova\\Undo\\Restore.drw", "undone");
+    OnModal(&script, "RestoreForm", [](QDialog* form) {
+        auto* name = form->findChild<QComboBox*>("NameCombo");
+        QTest::keyClicks(name, "Again:1");
+        QTest::keyClick(name, Qt::Key_Return);
+    });
+    Trigger("RestoreItem");
+    EXPECT_EQ(fx.Read("C:\\Jobs\\PUNCH1\\Parts\\Again1.drw"), "undone") << "the name box filters its keys";
+    EXPECT_EQ(fx.Messages().Texts().last(), "Last Modified Drawing Restored As\n\n\"Again1\"");
+}
+
+TEST_F(FileMenuTest, TheSendFormsSearchChoosesTheFoundProgram) {
+    QStringList chosen;
+    OnModal(&script, "SendForm", [&](QDialog* send) {
+        OnModal(&script, "SearchForm", [](QDialog* search) {
+            QTest::keyClicks(search->findChild<QLineEdit*>("CriteriaBox"), "ampl");
+            QTest::keyClick(search->findChild<QLineEdit*>("CriteriaBox"), Qt::Key_Return);
+            QTest::keyClick(search->findChild<QTreeWidget*>("SearchList"), Qt::Key_Return);
+        });
+        send->findChild<QPushButton*>("SendSrch")->click();
+        for (const char* list : {"DirectoryList", "FileList"})
+            for (const QListWidgetItem* item : send->findChild<QListWidget*>(list)->selectedItems())
+                chosen << item->text();
+    });
+    Trigger("CommsItem1");
+    EXPECT_EQ(chosen, (QStringList{"Kestrova", "Sample"}));
+}
