@@ -3,6 +3,7 @@
 #include "comms/PortSetup.h"
 #include "comms/ReceivedHeader.h"
 #include "filestore/Names.h"
+#include "platform/Blanks.h"
 
 #include <QStringView>
 
@@ -134,7 +135,7 @@ void BackgroundReceive::FileReceivedProgram() {
     {
         LineReader in(files, m_tempPath);
         for (int index = 0; index < 3 && !in.AtEnd(); ++index)
-            header.TakeLine(index, in.ReadLine().trimmed());
+            header.TakeLine(index, TrimBlanks(in.ReadLine()));
     }
 
     // A program addressed to a machine the list does not know is filed for the current one.
@@ -143,9 +144,9 @@ void BackgroundReceive::FileReceivedProgram() {
     bool known = false;
     for (int n = 1; n <= g.MachineCount && n < g.MachineTable.size(); ++n) {
         const MachineRecord& record = g.MachineTable.at(n);
-        if (record.field2.trimmed().compare(machine, Qt::CaseInsensitive) == 0) {
-            machine = record.field2.trimmed();
-            description = record.field1.trimmed();
+        if (TrimBlanks(record.field2).compare(machine, Qt::CaseInsensitive) == 0) {
+            machine = TrimBlanks(record.field2);
+            description = TrimBlanks(record.field1);
             known = true;
             break;
         }
@@ -175,7 +176,7 @@ void BackgroundReceive::FileReceivedProgram() {
         LineReader in(files, m_tempPath);
         TextWriter out(files, target, TextWriter::Mode::Create);
         while (!in.AtEnd()) {
-            const QString line = in.ReadLine().trimmed();
+            const QString line = TrimBlanks(in.ReadLine());
             if (!line.isEmpty() && !HoldsHeaderMarker(line))
                 out.WriteLine(line);
         }
@@ -208,7 +209,7 @@ void BackgroundReceive::RefreshReceiveList() {
         m_frameVisible = false;
     } else {
         for (const QString& line : ReadAllLines(files, m_listPath)) {
-            const QString entry = line.trimmed();
+            const QString entry = TrimBlanks(line);
             if (!entry.isEmpty())
                 m_list.Add(entry);
         }

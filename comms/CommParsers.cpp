@@ -1,5 +1,6 @@
 #include "comms/CommParsers.h"
 
+#include "platform/Blanks.h"
 #include "settings/SettingsLine.h"
 
 #include <cmath>
@@ -50,7 +51,7 @@ StartMode ParseStartMode(const QString& value) {
 }
 
 QString ParseStartCharacter(const QString& value) {
-    const QString v = value.trimmed();
+    const QString v = TrimBlanks(value);
     if (v.isEmpty())
         return {};
     const QChar first = v.at(0);
@@ -60,17 +61,17 @@ QString ParseStartCharacter(const QString& value) {
 }
 
 QString ParseSequence(const QString& value) {
-    QString rest = value.trimmed();
+    QString rest = TrimBlanks(value);
     QString result;
     while (!rest.isEmpty() && rest.contains(u',')) {
         qsizetype comma = rest.indexOf(u',');
         const int count = RoundedNumber(rest.left(comma));
-        rest = rest.mid(comma + 1).trimmed();
+        rest = TrimBlanks(rest.mid(comma + 1));
         QString codeText;
         comma = rest.indexOf(u',');
         if (comma >= 0) {
             codeText = rest.left(comma);
-            rest = rest.mid(comma + 1).trimmed();
+            rest = TrimBlanks(rest.mid(comma + 1));
         } else {
             codeText = rest;
             rest.clear();
@@ -84,7 +85,7 @@ QString ParseSequence(const QString& value) {
 
 QList<QChar> ParseCharacterList(const QString& value) {
     QList<QChar> list;
-    const QString v = value.trimmed();
+    const QString v = TrimBlanks(value);
     if (v.isEmpty())
         return list;
     for (const QString& item : v.split(u','))
@@ -96,7 +97,7 @@ int RoundedNumber(const QString& value) {
     // Halves go to the even neighbour, as the settings' numbers have always been rounded.
     const double n = std::nearbyint(LeadingNumber(value));
     if (!(n >= double(std::numeric_limits<int>::min()) && n <= double(std::numeric_limits<int>::max())))
-        throw OverflowError(QString(), QStringLiteral("the number \"%1\"").arg(value.trimmed()));
+        throw OverflowError(QString(), QStringLiteral("the number \"%1\"").arg(TrimBlanks(value)));
     return int(n);
 }
 

@@ -4,6 +4,7 @@
 #include "filestore/LastFile.h"
 #include "filestore/Listings.h"
 #include "filestore/Names.h"
+#include "platform/Blanks.h"
 
 namespace kestrova {
 
@@ -48,8 +49,8 @@ void ReceiveFormLogic::FillDirectories(ListModel& list) {
 }
 
 void ReceiveFormLogic::DirectoryChosen(const QString& name) {
-    if (!name.trimmed().isEmpty())
-        m_session.settings.CommsDirectory = name.trimmed();
+    if (!TrimBlanks(name).isEmpty())
+        m_session.settings.CommsDirectory = TrimBlanks(name);
 }
 
 ReceiveOkOutcome ReceiveFormLogic::ReceiveOk_Click(const QString& nameText) {
@@ -60,7 +61,7 @@ ReceiveOkOutcome ReceiveFormLogic::ReceiveOk_Click(const QString& nameText) {
     if (operation != 2 && operation != 4 && operation != 6)
         return ReceiveOkOutcome::Close;
 
-    const QString name = nameText.trimmed();
+    const QString name = TrimBlanks(nameText);
     const std::optional<QString> stored =
         FileInDirectory(PathJoin(g, g.CommsMachineDir, g.CommsDirectory), name, QStringLiteral("prg"));
     if (!NameFitsFilter(name, NameMode) || !stored) {

@@ -1,6 +1,7 @@
 #include "comms/ReceivedHeader.h"
 
 #include "filestore/Names.h"
+#include "platform/Blanks.h"
 
 namespace kestrova {
 
@@ -13,7 +14,7 @@ void ReceivedHeader::TakeLine(int index, const QString& line) {
     if (at < 0)
         return;
     Found = true;
-    const QString value = line.mid(at + 1).trimmed();
+    const QString value = TrimBlanks(line.mid(at + 1));
     *values[index] = AcceptableOutsideName(value) ? value : QString();
 }
 

@@ -3,6 +3,7 @@
 #include "comms/ReceiveFormLogic.h"
 #include "filestore/Listings.h"
 #include "filestore/Names.h"
+#include "platform/Blanks.h"
 #include "settings/MachineType.h"
 #include "settings/SettingsFile.h"
 
@@ -40,14 +41,14 @@ QStringList SendFormLogic::Machines() const {
     const GlobalSettings& g = m_session.settings;
     QStringList names;
     for (int n = 1; n <= g.MachineCount && n < g.MachineTable.size(); ++n)
-        names << g.MachineTable.at(n).field1.trimmed();
+        names << TrimBlanks(g.MachineTable.at(n).field1);
     return names;
 }
 
 int SendFormLogic::MachineIndex() const {
     const GlobalSettings& g = m_session.settings;
     for (int n = 1; n <= g.MachineCount && n < g.MachineTable.size(); ++n)
-        if (g.MachineTable.at(n).field2.trimmed().compare(g.CommsMachineDir, Qt::CaseInsensitive) == 0)
+        if (TrimBlanks(g.MachineTable.at(n).field2).compare(g.CommsMachineDir, Qt::CaseInsensitive) == 0)
             return n - 1;
     return -1;
 }
@@ -57,7 +58,7 @@ void SendFormLogic::MachineChosen(int index) {
     if (index < 0 || index + 1 >= g.MachineTable.size() || index + 1 > g.MachineCount)
         return;
     const MachineRecord& record = g.MachineTable.at(index + 1);
-    LoadMachine(record.field2.trimmed(), record.field1.trimmed());
+    LoadMachine(TrimBlanks(record.field2), TrimBlanks(record.field1));
     ListModel directories;
     FillDirectoryList(m_session, directories, g.CommsMachineDir, QString(), false, true, Selection::First);
     m_session.settings.CommsDirectory = directories.SelectedText();
@@ -69,8 +70,8 @@ void SendFormLogic::FillDirectories(ListModel& list) {
 }
 
 void SendFormLogic::DirectoryChosen(const QString& name) {
-    if (!name.trimmed().isEmpty())
-        m_session.settings.CommsDirectory = name.trimmed();
+    if (!TrimBlanks(name).isEmpty())
+        m_session.settings.CommsDirectory = TrimBlanks(name);
 }
 
 void SendFormLogic::FillPrograms(ListModel& list) {

@@ -1,6 +1,7 @@
 #include "filestore/LastFile.h"
 
 #include "filestore/Names.h"
+#include "platform/Blanks.h"
 #include "settings/ListRecordReader.h"
 #include "settings/SettingsFile.h"
 #include "settings/SettingsLine.h"
@@ -31,8 +32,8 @@ void ClearLastFile(Session& session) {
 }
 
 void RememberLastFile(Session& session, const QString& directory, const QString& name) {
-    const QString dir = directory.trimmed();
-    const QString file = name.trimmed();
+    const QString dir = TrimBlanks(directory);
+    const QString file = TrimBlanks(name);
     if (dir.isEmpty() || file.isEmpty() || HasColon(dir))
         return;
     WriteSettingsFile(session.files, LastFilePath(session.settings), {dir, file});
@@ -54,8 +55,8 @@ bool RecallLastFile(Session& session, QString& directory, QString& name, int kin
     try {
         // Read again as items: a comma inside a remembered name ends it there.
         ListRecordReader reader(files, path);
-        directory = reader.ReadItem().trimmed();
-        name = reader.ReadItem().trimmed();
+        directory = TrimBlanks(reader.ReadItem());
+        name = TrimBlanks(reader.ReadItem());
         found = !name.isEmpty() &&
                 !files
                      .Find(PathJoin(g, g.MachineDir, directory) + name + u'.' + ExtensionOfKind(kind),

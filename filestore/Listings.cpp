@@ -1,6 +1,7 @@
 #include "filestore/Listings.h"
 
 #include "filestore/Names.h"
+#include "platform/Blanks.h"
 
 namespace kestrova {
 
@@ -34,7 +35,7 @@ void FillDirectoryList(Session& session, ListModel& list, const QString& machine
     FileSystem& files = session.files;
     list.Clear();
     int remembered = -1;
-    const QString current = currentName.trimmed();
+    const QString current = TrimBlanks(currentName);
 
     const auto offer = [&](const QString& entry, bool isCurrent) {
         if (!isCurrent) {
@@ -44,7 +45,7 @@ void FillDirectoryList(Session& session, ListModel& list, const QString& machine
         }
     };
 
-    const QString base = g.RootPath + machineDir.trimmed() + u'\\';
+    const QString base = g.RootPath + TrimBlanks(machineDir) + u'\\';
     for (const QString& name : files.List(base, QStringLiteral("*"), EntryKinds::Directories)) {
         const QString entry = LastComponent(name);
         if (entry == QLatin1String(".") || entry == QLatin1String("..") || SameName(entry, Exsubs))
@@ -100,14 +101,14 @@ void FillFileList(Session& session, ListModel& list, const QString& machineDir, 
         joinNames = true;
         break;
     default:
-        pattern = patternText.trimmed();
+        pattern = TrimBlanks(patternText);
         joinNames = pattern.contains(u';');
         break;
     }
     if (pattern.isEmpty())
         return;
 
-    const QString select = nameToSelect.trimmed();
+    const QString select = TrimBlanks(nameToSelect);
     QString lastAdded;
     bool any = false;
     for (const QString& file : session.files.List(path, pattern, EntryKinds::Files)) {

@@ -1,33 +1,34 @@
 #include "filestore/Names.h"
 
+#include "platform/Blanks.h"
 #include "settings/SettingsLine.h"
 
 namespace kestrova {
 
 QString PathJoin(const GlobalSettings& g, const QString& machineDir, const QString& name) {
-    const QString sub = name.trimmed();
+    const QString sub = TrimBlanks(name);
     if (HasColon(sub))
         return sub.left(2) + u'\\';
-    return g.RootPath + machineDir.trimmed() + u'\\' + sub + u'\\';
+    return g.RootPath + TrimBlanks(machineDir) + u'\\' + sub + u'\\';
 }
 
 bool DriveExists(const FileSystem& files, const QString& name) {
-    const QString drive = name.trimmed();
+    const QString drive = TrimBlanks(name);
     if (drive.isEmpty())
         return false;
     return files.DriveReady(drive.at(0));
 }
 
 QString StripExtension(const QString& name) {
-    const QString trimmed = name.trimmed();
+    const QString trimmed = TrimBlanks(name);
     const qsizetype dot = trimmed.lastIndexOf(u'.');
     if (trimmed.isEmpty() || dot < 0)
         return trimmed;
-    return trimmed.left(dot).trimmed();
+    return TrimBlanks(trimmed.left(dot));
 }
 
 QString GetExtension(const QString& name) {
-    const QString trimmed = name.trimmed();
+    const QString trimmed = TrimBlanks(name);
     const qsizetype len = trimmed.size();
     if (len < 2 || !trimmed.contains(u'.'))
         return {};
@@ -40,7 +41,7 @@ QString GetExtension(const QString& name) {
 }
 
 QString LastComponent(const QString& path) {
-    const QString trimmed = path.trimmed();
+    const QString trimmed = TrimBlanks(path);
     qsizetype cut = -1;
     for (qsizetype i = trimmed.size() - 1; i >= 0; --i) {
         const QChar c = trimmed.at(i);

@@ -1,6 +1,7 @@
 #include "filestore/SelectDirectory.h"
 
 #include "filestore/Names.h"
+#include "platform/Blanks.h"
 #include "settings/KestrovaCfg.h"
 #include "settings/SettingsLine.h"
 
@@ -20,7 +21,7 @@ void SelectDirectory(Session& session, const QString& name) {
     FileSystem& files = session.files;
     const QString machineBase = g.RootPath + g.MachineDir + u'\\';
 
-    QString chosen = name.trimmed();
+    QString chosen = TrimBlanks(name);
     if (HasColon(chosen)) {
         if (!DriveExists(files, chosen))
             chosen.clear();

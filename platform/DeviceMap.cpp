@@ -1,5 +1,7 @@
 #include "platform/DeviceMap.h"
 
+#include "platform/Blanks.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -56,7 +58,7 @@ DeviceMap DeviceMap::Parse(const QByteArray& text, const QString& baseHostDir, c
     int number = 0;
     for (const QString& raw : lines) {
         ++number;
-        const QString line = raw.trimmed();
+        const QString line = TrimBlanks(raw);
         if (line == QLatin1String("******"))
             break;
         if (line.isEmpty())
@@ -75,7 +77,7 @@ DeviceMap DeviceMap::Parse(const QByteArray& text, const QString& baseHostDir, c
         const QString kind = words.at(1).toLower();
         // The host path is the rest of the line, which may itself hold blanks.
         const qsizetype kindEnd = line.indexOf(words.at(1), device.size()) + words.at(1).size();
-        const QString hostPath = line.mid(kindEnd).trimmed();
+        const QString hostPath = TrimBlanks(line.mid(kindEnd));
         if (const auto drive = drivePattern.match(device); drive.hasMatch()) {
             if (kind != QLatin1String("fixed") && kind != QLatin1String("removable")) {
                 warn(QStringLiteral("a drive is \"fixed\" or \"removable\""));

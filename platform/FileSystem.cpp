@@ -1,5 +1,6 @@
 #include "platform/FileSystem.h"
 
+#include "platform/Blanks.h"
 #include "platform/HostPath.h"
 #include "platform/Wildcard.h"
 
@@ -127,7 +128,7 @@ FileSystem FileSystem::AtStartDirectory(const QString& startHostDir) {
 }
 
 QString FileSystem::FullPath(const QString& p) const {
-    const QString text = FromHostNotation(p.trimmed());
+    const QString text = FromHostNotation(TrimBlanks(p));
     SystemPath parsed = SystemPath::Parse(text);
     if (parsed.drive.isNull())
         parsed.drive = m_currentDrive;
@@ -509,7 +510,7 @@ void FileSystem::RemoveDirectory(const QString& p) {
 }
 
 void FileSystem::ChangeDrive(const QString& drive) {
-    const QString text = drive.trimmed();
+    const QString text = TrimBlanks(drive);
     if (text.isEmpty())
         return;
     const QChar letter = text.at(0).toUpper();

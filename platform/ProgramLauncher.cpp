@@ -1,5 +1,6 @@
 #include "platform/ProgramLauncher.h"
 
+#include "platform/Blanks.h"
 #include "platform/SystemPath.h"
 
 #include <QCoreApplication>
@@ -54,7 +55,7 @@ bool IsBareName(const QString& program) {
 
 std::optional<ProgramLauncher::HostCommand> ProgramLauncher::Plan(const QString& program,
                                                                   QStringList arguments) const {
-    const QString name = FromHostNotation(program.trimmed());
+    const QString name = FromHostNotation(TrimBlanks(program));
     if (name.isEmpty()) {
         CannotStart(program, QStringLiteral("no program named"));
         return std::nullopt;
@@ -130,7 +131,7 @@ bool ProgramLauncher::StartDetached(const QString& program, const QStringList& f
 }
 
 std::unique_ptr<StartedProgram> ProgramLauncher::StartCommandLine(const QString& commandLine) {
-    QStringList words = QProcess::splitCommand(commandLine.trimmed());
+    QStringList words = QProcess::splitCommand(TrimBlanks(commandLine));
     if (words.isEmpty()) {
         CannotStart(commandLine, QStringLiteral("no program named"));
         return nullptr;
@@ -143,7 +144,7 @@ std::unique_ptr<StartedProgram> ProgramLauncher::StartCommandLine(const QString&
 }
 
 std::unique_ptr<StartedProgram> ProgramLauncher::StartEditor(const QString& command, const QString& file) {
-    const QString program = command.trimmed();
+    const QString program = TrimBlanks(command);
     const QString lastName = program.mid(LastSeparator(program) + 1);
     const bool notepad =
         lastName.isEmpty() || lastName.compare(QLatin1String("Notepad.exe"), Qt::CaseInsensitive) == 0;

@@ -1,5 +1,6 @@
 #include "platform/SerialLine.h"
 
+#include "platform/Blanks.h"
 #include "platform/Errors.h"
 
 #include <QStringList>
@@ -12,17 +13,17 @@ std::optional<LineFraming> ParseFraming(const QString& settings) {
         return std::nullopt;
     LineFraming f;
     bool ok = false;
-    f.baud = parts.at(0).trimmed().toInt(&ok);
+    f.baud = TrimBlanks(parts.at(0)).toInt(&ok);
     if (!ok || f.baud <= 0)
         return std::nullopt;
-    const QString parity = parts.at(1).trimmed().toUpper();
+    const QString parity = TrimBlanks(parts.at(1)).toUpper();
     if (parity.size() != 1 || !QStringLiteral("NEOMS").contains(parity))
         return std::nullopt;
     f.parity = char(parity.at(0).unicode());
-    f.dataBits = parts.at(2).trimmed().toInt(&ok);
+    f.dataBits = TrimBlanks(parts.at(2)).toInt(&ok);
     if (!ok || f.dataBits < 5 || f.dataBits > 8)
         return std::nullopt;
-    const QString stop = parts.at(3).trimmed();
+    const QString stop = TrimBlanks(parts.at(3));
     if (stop == QLatin1String("1"))
         f.stopBits = 1;
     else if (stop == QLatin1String("2"))

@@ -1,5 +1,7 @@
 #include "platform/Wildcard.h"
 
+#include "platform/Blanks.h"
+
 namespace kestrova {
 
 namespace {
@@ -41,7 +43,7 @@ bool WildcardMatch(const QString& pattern, const QString& name) {
 
 WildcardSet::WildcardSet(const QString& patterns) {
     for (const QString& part : patterns.split(u';')) {
-        const QString p = part.trimmed();
+        const QString p = TrimBlanks(part);
         if (!p.isEmpty())
             m_patterns << p;
     }

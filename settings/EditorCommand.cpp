@@ -1,12 +1,13 @@
 #include "settings/EditorCommand.h"
 
+#include "platform/Blanks.h"
 #include "platform/TextFile.h"
 #include "settings/SettingsFile.h"
 
 namespace kestrova {
 
 QString EditorCommand(const QString& editorLine) {
-    const QString line = editorLine.trimmed();
+    const QString line = TrimBlanks(editorLine);
     if (line.isEmpty())
         return QStringLiteral("Notepad.exe ");
     const qsizetype blank = line.indexOf(u' ');

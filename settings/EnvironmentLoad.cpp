@@ -1,5 +1,6 @@
 #include "settings/EnvironmentLoad.h"
 
+#include "platform/Blanks.h"
 #include "platform/PdfReader.h"
 #include "platform/SystemPath.h"
 #include "settings/KestrovaCfg.h"
@@ -70,7 +71,7 @@ void LoadEnvironment(Session& session, const QStringList& pdfSearchDirs) {
     ReadKestrovaCfg(session);
     g.ProgramPath = g.SystemPath;
     g.RevSubsPath = g.SetupPath + QStringLiteral("RevSubs\\");
-    g.ProgramDrive = g.ProgramPath.left(3).trimmed();
+    g.ProgramDrive = TrimBlanks(g.ProgramPath.left(3));
 
     g.CamPackagesPresent = files.Exists(g.ProgramPath + QStringLiteral("Kestrdrw.exe")) &&
                            files.Exists(g.ProgramPath + QStringLiteral("Kestrprg.exe"));

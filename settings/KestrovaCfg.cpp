@@ -1,5 +1,6 @@
 #include "settings/KestrovaCfg.h"
 
+#include "platform/Blanks.h"
 #include "platform/SystemPath.h"
 #include "platform/TextFile.h"
 #include "settings/SettingsFile.h"
@@ -10,7 +11,7 @@ namespace kestrova {
 namespace {
 
 QString DirectoryValue(const QString& line) {
-    QString value = FromHostNotation(line.trimmed());
+    QString value = FromHostNotation(TrimBlanks(line));
     if (!value.endsWith(u'\\'))
         value += u'\\';
     return value;
@@ -24,7 +25,7 @@ void ReadKestrovaCfg(Session& session) {
     g.SystemPath = DirectoryValue(reader.ReadLine());
     g.SetupPath = DirectoryValue(reader.ReadLine());
     g.RootPath = DirectoryValue(reader.ReadLine());
-    const QString number = reader.ReadLine().trimmed();
+    const QString number = TrimBlanks(reader.ReadLine());
     try {
         g.MachineNumber = LeadingInt16(number);
     } catch (const OverflowError&) {
@@ -32,7 +33,7 @@ void ReadKestrovaCfg(Session& session) {
     }
     if (g.MachineNumber < 1)
         g.MachineNumber = 1;
-    g.CurrentDir = reader.ReadLine().trimmed();
+    g.CurrentDir = TrimBlanks(reader.ReadLine());
     if (HasColon(g.CurrentDir))
         g.CurrentDir.clear();
 }

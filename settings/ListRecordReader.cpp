@@ -1,5 +1,6 @@
 #include "settings/ListRecordReader.h"
 
+#include "platform/Blanks.h"
 #include "platform/TextFile.h"
 
 namespace kestrova {
@@ -9,7 +10,7 @@ ListRecordReader::ListRecordReader(const FileSystem& files, const QString& path)
 
 void ListRecordReader::SkipDelimiter() {
     // After an item: blanks, then one comma or one line end (CR LF, LF or CR).
-    while (m_pos < m_text.size() && (m_text.at(m_pos) == ' ' || m_text.at(m_pos) == '\t'))
+    while (m_pos < m_text.size() && m_text.at(m_pos) == ' ')
         ++m_pos;
     if (m_pos >= m_text.size())
         return;
@@ -28,7 +29,7 @@ void ListRecordReader::SkipDelimiter() {
 QString ListRecordReader::ReadItem() {
     if (AtEnd())
         throw InputPastEndError(m_path);
-    while (m_pos < m_text.size() && (m_text.at(m_pos) == ' ' || m_text.at(m_pos) == '\t'))
+    while (m_pos < m_text.size() && m_text.at(m_pos) == ' ')
         ++m_pos;
     QByteArray item;
     if (m_pos < m_text.size() && m_text.at(m_pos) == '"') {
@@ -45,7 +46,7 @@ QString ListRecordReader::ReadItem() {
         while (m_pos < m_text.size() && m_text.at(m_pos) != ',' && m_text.at(m_pos) != '\r' &&
                m_text.at(m_pos) != '\n')
             ++m_pos;
-        item = m_text.mid(start, m_pos - start).trimmed();
+        item = TrimBlanks(m_text.mid(start, m_pos - start));
     }
     SkipDelimiter();
     return FromBytes(item);

@@ -1,6 +1,7 @@
 #include "settings/MachineLoad.h"
 
 #include "filestore/SelectDirectory.h"
+#include "platform/Blanks.h"
 #include "platform/TextFile.h"
 #include "settings/EnvironmentLoad.h"
 #include "settings/MachineList.h"
@@ -105,22 +106,22 @@ void LoadMachine(Session& session, Int16 machineNumber, const QString& directory
     for (int i = 1; i < machines.table.size(); ++i) {
         const MachineRecord& record = machines.table.at(i);
         if (record.number == machineNumber) {
-            g.MachineDescription = record.field1.trimmed();
-            g.MachineFileName = record.field2.trimmed();
-            g.SettingsManagerName = record.field3.trimmed();
-            g.MachineField4 = record.field4.trimmed();
+            g.MachineDescription = TrimBlanks(record.field1);
+            g.MachineFileName = TrimBlanks(record.field2);
+            g.SettingsManagerName = TrimBlanks(record.field3);
+            g.MachineField4 = TrimBlanks(record.field4);
             break;
         }
     }
 
-    g.MachineDir = g.MachineFileName.trimmed();
+    g.MachineDir = TrimBlanks(g.MachineFileName);
     g.MachineDataStem = g.SetupPath + QStringLiteral("Data\\") + g.MachineDir + u'.';
     g.MaterialPath = g.SetupPath + QStringLiteral("Material\\") + g.MachineDir + u'\\';
     g.StockListFile = g.MaterialPath + QStringLiteral("Stock.lst");
     g.FinishListFile = g.SetupPath + QStringLiteral("Material\\Finish.lst");
     g.BendEquationFile = g.SetupPath + QStringLiteral("Material\\Bend.eqn");
 
-    QString d = PrepareWorkingDirectory(files, g.RootPath + g.MachineDir, directory.trimmed());
+    QString d = PrepareWorkingDirectory(files, g.RootPath + g.MachineDir, TrimBlanks(directory));
 
     SeedExportSettings(session);
 

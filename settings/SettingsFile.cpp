@@ -1,5 +1,6 @@
 #include "settings/SettingsFile.h"
 
+#include "platform/Blanks.h"
 #include "platform/TextFile.h"
 #include "settings/SettingsLine.h"
 
@@ -11,7 +12,7 @@ void WriteSettingsFile(FileSystem& files, const QString& path, const QStringList
 
 QString ReadFirstLine(const FileSystem& files, const QString& path) {
     LineReader reader(files, path);
-    return reader.AtEnd() ? QString() : reader.ReadLine().trimmed();
+    return reader.AtEnd() ? QString() : TrimBlanks(reader.ReadLine());
 }
 
 QString ReadFirstKeyword(const FileSystem& files, const QString& path) {

@@ -1,12 +1,13 @@
 #include "settings/SettingsFileEditing.h"
 
+#include "platform/Blanks.h"
 #include "settings/EditorCommand.h"
 
 namespace kestrova {
 
 void EditSettingsFile(Session& session, ProgramLauncher& launcher, MainWindowFrame& frame,
                       const QString& file, bool wait, bool hideWindow) {
-    const auto editor = StartEditorOn(session, launcher, file.trimmed());
+    const auto editor = StartEditorOn(session, launcher, TrimBlanks(file));
     if (!editor || !wait)
         return;
 

@@ -1,5 +1,7 @@
 #include "settings/SettingsLine.h"
 
+#include "platform/Blanks.h"
+
 #include <cmath>
 
 namespace kestrova {
@@ -7,8 +9,8 @@ namespace kestrova {
 QString ValueOfLine(QString line) {
     const qsizetype colon = line.indexOf(u':');
     if (colon >= 0)
-        return line.mid(colon + 1).trimmed();
-    return line.trimmed();
+        return TrimBlanks(line.mid(colon + 1));
+    return TrimBlanks(line);
 }
 
 bool HasColon(const QString& text) {
@@ -59,7 +61,7 @@ Int16 LeadingInt16(const QString& text) {
     try {
         return Int16::Truncate(LeadingNumber(text));
     } catch (const OverflowError&) {
-        throw OverflowError(QString(), QStringLiteral("the number \"%1\"").arg(text.trimmed()));
+        throw OverflowError(QString(), QStringLiteral("the number \"%1\"").arg(TrimBlanks(text)));
     }
 }
 

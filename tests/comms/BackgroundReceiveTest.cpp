@@ -117,7 +117,8 @@ TEST_F(BackgroundReceiveTest, HeaderLinesNameMachineDirectoryAndProgram) {
     EXPECT_FALSE(fx.OnDisk("C:\\Jobs\\RAINER\\Sheets"));
     line().Feed("\x17rainer\r\n\x18Sheets \r\n  \x19 P100\r\n  G1 X1  \r\n\r\n\tG2\r\nM30");
     line().Feed("%");
-    EXPECT_EQ(fx.Read("C:\\Jobs\\RAINER\\Sheets\\P100.prg"), "G1 X1\r\nG2\r\nM30\r\n");
+    EXPECT_EQ(fx.Read("C:\\Jobs\\RAINER\\Sheets\\P100.prg"), "G1 X1\r\n\tG2\r\nM30\r\n")
+        << "blanks are trimmed, a tab is part of the line";
     EXPECT_EQ(fx.ReadLines(Lst), QStringList{"P100 in Sheets for Rainer Combi 1250"});
 }
 

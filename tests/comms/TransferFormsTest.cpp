@@ -217,7 +217,7 @@ TEST_F(TransferForms, TheReceiveOkRefusesANameTheKeyFilterWouldRefuse) {
     auto* combo = form.findChild<QComboBox*>("ReceiveCombo");
     const QString root = fx.Host("C:\\");
     const QStringList before = FilesBelow(root);
-    for (const char* name : {"..\\Up", "..", "a/b", "q*?", "t:u", "\u00e9t\u00e9"}) {
+    for (const char* name : {"..\\Up", "..", "a/b", "q*?", "t:u", "\u00e9t\u00e9", " -x\t", "\x0b-x"}) {
         SCOPED_TRACE(name);
         fx.Messages().Clear();
         combo->setEditText(QString::fromUtf8(name)); // as a program would set it, past the filter

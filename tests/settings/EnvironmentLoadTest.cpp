@@ -64,6 +64,7 @@ TEST(EnvironmentLoad, ReadsKestrovaCfgLineByLine) {
     EXPECT_EQ(load("7.9", "Parts").MachineNumber, 7);
     EXPECT_EQ(load("2", "A:").CurrentDir, QString()) << "a drive is never remembered as the directory";
     EXPECT_EQ(load("2", "  Parts  ").CurrentDir, QStringLiteral("Parts"));
+    EXPECT_EQ(load("2", "\tParts\x0c ").CurrentDir, QStringLiteral("\tParts\x0c")) << "only blanks go";
 
     // A host absolute path is the same place on drive Z:.
     fx.WriteLines(cfg, {fx.StartDir(), "C:\\Kestrova\\Setup", "/srv/jobs", "1", "Parts", "******"});

@@ -38,6 +38,11 @@ TEST(MachineList, ReadsQuotedAndPlainItemsAcrossCommasAndLineEnds) {
     EXPECT_EQ(list.table[3].field1, QStringLiteral("Rainer")) << "text after a closing quote is dropped";
     EXPECT_EQ(list.table[3].field4, QStringLiteral("R,1"));
     EXPECT_TRUE(list.warnings.isEmpty());
+
+    const MachineList odd = ReadList(fx, "1, \xa0Punch\x0b ,\tPUNCH1\t,S,F\r\n******\r\n");
+    ASSERT_EQ(odd.count, 1);
+    EXPECT_EQ(odd.table[1].field1, QString::fromLatin1("\xa0Punch\x0b")) << "only blanks go";
+    EXPECT_EQ(odd.table[1].field2, QStringLiteral("\tPUNCH1\t"));
 }
 
 TEST(MachineList, EndsAtABlankItemAGarbageNumberOrTheEndOfTheFile) {

@@ -1,6 +1,7 @@
 #include "settings/SettingsLine.h"
 
 #include "QtPrinters.h"
+#include "platform/Blanks.h"
 #include "settings/EditorCommand.h"
 #include "settings/MachineSeeding.h"
 #include "settings/SettingsFile.h"
@@ -21,6 +22,26 @@ TEST(SettingsLine, TheValueIsWhatFollowsTheFirstColonTrimmed) {
     EXPECT_EQ(ValueOfLine(QString()), QString());
     EXPECT_TRUE(HasColon(QStringLiteral("A:")));
     EXPECT_FALSE(HasColon(QStringLiteral("Parts")));
+}
+
+TEST(SettingsLine, OnlyBlanksAreTrimmed) {
+    // Vertical tab, form feed, NEL, no-break space and tab are characters a line may hold.
+    const struct {
+        const char* line;
+        const char* value;
+    } cases[] = {
+        {"Label : \x0bNo\x0c ", "\x0bNo\x0c"},
+        {"Label :\xa0Path\x85  ", "\xa0Path\x85"},
+        {"  \tData\t  ", "\tData\t"},
+        {"\x0c", "\x0c"},
+        {"     ", ""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.line);
+        EXPECT_EQ(ValueOfLine(QString::fromLatin1(c.line)), QString::fromLatin1(c.value));
+        EXPECT_EQ(TrimBlanks(QString::fromLatin1(c.value)), QString::fromLatin1(c.value));
+    }
+    EXPECT_EQ(TrimBlanks(QStringLiteral("  a b  ")), QStringLiteral("a b"));
 }
 
 TEST(SettingsLine, LeadingNumberReadsAsFarAsTheNumberGoes) {

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+namespace kestrova {
+
+// Text without its leading and trailing blanks (spaces). Nothing else goes: a tab, vertical
+// tab, form feed, NEL or no-break space is a character that a settings line, a name or a
+// program line may hold, and stays.
+[[nodiscard]] inline QString TrimBlanks(const QString& text) {
+    qsizetype begin = 0;
+    qsizetype end = text.size();
+    while (begin < end && text.at(begin) == u' ')
+        ++begin;
+    while (end > begin && text.at(end - 1) == u' ')
+        --end;
+    return text.mid(begin, end - begin);
+}
+
+[[nodiscard]] inline QByteArray TrimBlanks(const QByteArray& bytes) {
+    qsizetype begin = 0;
+    qsizetype end = bytes.size();
+    while (begin < end && bytes.at(begin) == ' ')
+        ++begin;
+    while (end > begin && bytes.at(end - 1) == ' ')
+        --end;
+    return bytes.mid(begin, end - begin);
+}
+
+} // namespace kestrova
