@@ -1,6 +1,7 @@
 #include "filestore/FileFamily.h"
 
 #include "filestore/Names.h"
+#include "platform/Blanks.h"
 
 #include <QList>
 
@@ -137,8 +138,8 @@ bool PrepareDestination(Session& session, const QString& sourceDir, const QStrin
 
 int CopyFamily(Session& session, const QString& sourceDir, const QString& sourceName,
                const QString& destinationDir, const QString& destinationName, int kind) {
-    const QString from = sourceName.trimmed();
-    const QString to = destinationName.trimmed();
+    const QString from = TrimBlanks(sourceName);
+    const QString to = TrimBlanks(destinationName);
     if (!PrepareDestination(session, sourceDir, from, destinationDir, to, kind))
         return 0;
     CopyAll(session.files, Plan(session, sourceDir, from, destinationDir, to, kind));
@@ -147,8 +148,8 @@ int CopyFamily(Session& session, const QString& sourceDir, const QString& source
 
 int MoveFamily(Session& session, const QString& sourceDir, const QString& sourceName,
                const QString& destinationDir, const QString& destinationName, int kind) {
-    const QString from = sourceName.trimmed();
-    const QString to = destinationName.trimmed();
+    const QString from = TrimBlanks(sourceName);
+    const QString to = TrimBlanks(destinationName);
     if (!PrepareDestination(session, sourceDir, from, destinationDir, to, kind))
         return 0;
     const QList<Transfer> plan = Plan(session, sourceDir, from, destinationDir, to, kind);
@@ -160,7 +161,7 @@ int MoveFamily(Session& session, const QString& sourceDir, const QString& source
 
 void DeleteFamily(Session& session, const QString& directory, const QString& name, int kind) {
     FileSystem& files = session.files;
-    const QString family = name.trimmed();
+    const QString family = TrimBlanks(name);
     if (kind == 2) {
         for (const QString& extension : ProgramMembers) {
             const QString path = directory + family + u'.' + extension;

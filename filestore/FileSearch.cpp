@@ -1,6 +1,7 @@
 #include "filestore/FileSearch.h"
 
 #include "filestore/Names.h"
+#include "platform/Blanks.h"
 
 namespace kestrova {
 
@@ -22,7 +23,7 @@ QString SearchMachineDir(const GlobalSettings& g, int searchMode) {
 }
 
 QString SearchRefusal(const QString& text, bool drawings, bool programs) {
-    if (text.trimmed().size() >= 33)
+    if (TrimBlanks(text).size() >= 33)
         return QStringLiteral("Invalid Search Text");
     if (!drawings && !programs)
         return QStringLiteral("Drawings And / Or Programs Must Be Selected");
@@ -33,7 +34,7 @@ QList<SearchRow> SearchFiles(Session& session, const QString& machineDir, const 
                              bool programs) {
     const GlobalSettings& g = session.settings;
     const FileSystem& files = session.files;
-    const QString wanted = text.trimmed();
+    const QString wanted = TrimBlanks(text);
     const bool both = drawings && programs;
     const QString pattern = both       ? QStringLiteral("*.drw;*.prg")
                             : drawings ? QStringLiteral("*.drw")
@@ -42,7 +43,7 @@ QList<SearchRow> SearchFiles(Session& session, const QString& machineDir, const 
     QList<SearchRow> rows;
     if (pattern.isEmpty())
         return rows;
-    const QString machineBase = g.RootPath + machineDir.trimmed() + u'\\';
+    const QString machineBase = g.RootPath + TrimBlanks(machineDir) + u'\\';
     for (const QString& directory : files.List(machineBase, QStringLiteral("*.*"), EntryKinds::Directories)) {
         if (Skipped(directory))
             continue;
@@ -53,14 +54,14 @@ QList<SearchRow> SearchFiles(Session& session, const QString& machineDir, const 
                 rows.last().directory.compare(directory, Qt::CaseInsensitive) == 0)
                 continue;
             if (name.contains(wanted, Qt::CaseInsensitive))
-                rows.append({name, directory.trimmed()});
+                rows.append({name, TrimBlanks(directory)});
         }
     }
     return rows;
 }
 
 QString NothingFoundMessage(const QString& text, bool drawings, bool programs) {
-    const QString wanted = text.trimmed();
+    const QString wanted = TrimBlanks(text);
     if (!wanted.isEmpty())
         return QStringLiteral("No Occurrences Of ") + Quoted(wanted) + QStringLiteral(" Found ");
     if (drawings && programs)
@@ -69,7 +70,7 @@ QString NothingFoundMessage(const QString& text, bool drawings, bool programs) {
 }
 
 QString SearchTextCaption(const QString& text) {
-    const QString wanted = text.trimmed();
+    const QString wanted = TrimBlanks(text);
     return wanted.isEmpty() ? QString() : Quoted(wanted);
 }
 

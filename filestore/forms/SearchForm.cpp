@@ -2,6 +2,7 @@
 
 #include "filestore/FileSearch.h"
 #include "filestore/forms/FormParts.h"
+#include "platform/Blanks.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>
@@ -124,7 +125,7 @@ void SearchForm::ShowPage(bool results) {
 
 void SearchForm::CriteriaOk_Click() {
     MessageService& messages = m_session.messages;
-    const QString text = m_criteriaBox->text().trimmed();
+    const QString text = TrimBlanks(m_criteriaBox->text());
     const bool drawings = m_drawingsCheck->isChecked();
     const bool programs = m_programsCheck->isChecked();
     if (const QString refusal = SearchRefusal(text, drawings, programs); !refusal.isEmpty()) {
@@ -161,8 +162,8 @@ void SearchForm::SearchOk_Click() {
     SearchResultRecord& result = m_session.settings.SearchResult;
     result.flag = -1;
     result.machineDir = m_machineDir;
-    result.name = row->text(0).trimmed();
-    result.directory = row->text(1).trimmed();
+    result.name = TrimBlanks(row->text(0));
+    result.directory = TrimBlanks(row->text(1));
     accept();
 }
 
