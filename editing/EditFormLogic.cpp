@@ -6,6 +6,7 @@
 #include "filestore/Listings.h"
 #include "filestore/Names.h"
 #include "filestore/SelectDirectory.h"
+#include "platform/Blanks.h"
 #include "settings/EditorCommand.h"
 #include "settings/SettingsLine.h"
 
@@ -130,7 +131,7 @@ EditOkOutcome EditFormLogic::EditOk_Click(const EditOkInput& input, const BatchP
 
 EditOkOutcome EditFormLogic::OpenSelected(const QString& selection) {
     GlobalSettings& g = m_session.settings;
-    QString name = selection.trimmed();
+    QString name = TrimBlanks(selection);
     if (name.isEmpty()) {
         QString directory;
         if (!RecallLastFile(m_session, directory, name, ProgramKind)) {
@@ -152,7 +153,7 @@ EditOkOutcome EditFormLogic::OpenSelected(const QString& selection) {
 EditOkOutcome EditFormLogic::OpenNew(const QString& nameText) {
     GlobalSettings& g = m_session.settings;
     // 1 to 32 characters, and nothing that could leave the current directory.
-    const QString name = nameText.trimmed();
+    const QString name = TrimBlanks(nameText);
     if (!AcceptableOutsideName(name)) {
         m_session.messages.Refuse(QStringLiteral("Invalid File Name !"));
         return EditOkOutcome::StayOnName;
@@ -204,7 +205,7 @@ EditOkOutcome EditFormLogic::Rewrite(const EditOkInput& input, const BatchProgre
 
     const BusyCursor busy(m_session.messages);
     for (int i = 0; i < count; ++i) {
-        const QString name = selected.at(i).trimmed();
+        const QString name = TrimBlanks(selected.at(i));
         const QString path = g.CurrentPath + name + QStringLiteral(".prg");
         const RewriteProgress step = [&](qint64 done, qint64 total) {
             if (progress)

@@ -16,16 +16,6 @@ QStringView SplitBlockDelete(QStringView line, bool& blockDelete) {
 
 } // namespace
 
-QStringView TrimBlanks(QStringView text) {
-    qsizetype begin = 0;
-    qsizetype end = text.size();
-    while (begin < end && text[begin] == u' ')
-        ++begin;
-    while (end > begin && text[end - 1] == u' ')
-        --end;
-    return text.sliced(begin, end - begin);
-}
-
 QString RemoveAllSpaces(QStringView text) {
     QString result;
     result.reserve(text.size());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Blanks.h"
 #include "platform/Int16.h"
 
 #include <QString>
@@ -10,9 +11,6 @@ namespace kestrova {
 // The line rules of the three program rewrites. Each takes one line without its line end and
 // gives the line to write. "Trim" here removes blanks (the space character) only: tabs and
 // every other character are kept, as NC controls treat them as data.
-
-// The text without leading and trailing blanks.
-[[nodiscard]] QStringView TrimBlanks(QStringView text);
 
 // Every blank removed, wherever it stands.
 [[nodiscard]] QString RemoveAllSpaces(QStringView text);

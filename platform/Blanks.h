@@ -2,20 +2,25 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringView>
 
 namespace kestrova {
 
 // Text without its leading and trailing blanks (spaces). Nothing else goes: a tab, vertical
 // tab, form feed, NEL or no-break space is a character that a settings line, a name or a
 // program line may hold, and stays.
-[[nodiscard]] inline QString TrimBlanks(const QString& text) {
+[[nodiscard]] inline QStringView TrimBlanks(QStringView text) {
     qsizetype begin = 0;
     qsizetype end = text.size();
-    while (begin < end && text.at(begin) == u' ')
+    while (begin < end && text[begin] == u' ')
         ++begin;
-    while (end > begin && text.at(end - 1) == u' ')
+    while (end > begin && text[end - 1] == u' ')
         --end;
-    return text.mid(begin, end - begin);
+    return text.sliced(begin, end - begin);
+}
+
+[[nodiscard]] inline QString TrimBlanks(const QString& text) {
+    return TrimBlanks(QStringView(text)).toString();
 }
 
 [[nodiscard]] inline QByteArray TrimBlanks(const QByteArray& bytes) {
