@@ -2,23 +2,18 @@
 // in the same run: the ratio is what counts, not the absolute time of this machine.
 
 #include "InstallationFixture.h"
+#include "Ratios.h"
 #include "filestore/Listings.h"
 
 #include <QDir>
 #include <QFile>
 #include <benchmark/benchmark.h>
 #include <cstdio>
-#include <fcntl.h>
-#include <map>
-#include <spawn.h>
 #include <string>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-extern char** environ;
 
 using namespace kestrova;
+using kestrova::bench::PrintRatio;
 using kestrova::testing::InstallationFixture;
 
 namespace {
@@ -58,18 +53,9 @@ InstallationFixture& Installation() {
 
 void BaselineLsF(benchmark::State& state) {
     const std::string dir = Installation().Host(QStringLiteral("C:\\Jobs\\PUNCH1\\Big")).toStdString();
-    for (auto _ : state) {
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-        const char* argv[] = {"ls", "-f", dir.c_str(), nullptr};
-        pid_t pid = 0;
-        if (posix_spawnp(&pid, "ls", &actions, nullptr, const_cast<char**>(argv), environ) != 0)
-            state.SkipWithError("cannot start ls");
-        int status = 0;
-        waitpid(pid, &status, 0);
-        posix_spawn_file_actions_destroy(&actions);
-    }
+    for (auto _ : state)
+        if (!kestrova::bench::RunQuietly({"ls", "-f", dir}))
+            state.SkipWithError("cannot run ls");
 }
 BENCHMARK(BaselineLsF)->Unit(benchmark::kMillisecond);
 
@@ -113,34 +99,11 @@ void LookupExactCase(benchmark::State& state) {
 }
 BENCHMARK(LookupExactCase);
 
-// Keeps each benchmark's time per iteration so that the ratios can be printed at the end.
-class RatioReporter : public benchmark::ConsoleReporter {
-public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run& run : runs)
-            if (!run.error_occurred && run.run_type == Run::RT_Iteration)
-                times[run.benchmark_name()] =
-                    run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit);
-    }
-    std::map<std::string, double> times; // seconds
-};
-
-void PrintRatio(const RatioReporter& r, const char* what, const char* name, const char* baseline,
-                double goal) {
-    const auto a = r.times.find(name), b = r.times.find(baseline);
-    if (a == r.times.end() || b == r.times.end())
-        return;
-    const double ratio = a->second / b->second;
-    std::printf("%-58s %9.3f ms vs %9.3f ms  ratio %6.2f%s\n", what, a->second * 1e3, b->second * 1e3, ratio,
-                goal > 0 ? (ratio <= goal ? "  (goal met)" : "  (goal missed)") : "");
-}
-
 } // namespace
 
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
-    RatioReporter reporter;
+    kestrova::bench::RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     std::printf("\nRatios against the baselines of this run:\n");
     PrintRatio(reporter, "FillFileList of 20,000 programs / ls -f (goal 3x)", "FillFileListOf20000",

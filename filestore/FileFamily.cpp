@@ -47,16 +47,32 @@ bool SamePlace(const FileSystem& files, const QString& a, const QString& b) {
     return files.FullPath(a).compare(files.FullPath(b), Qt::CaseInsensitive) == 0;
 }
 
-bool DestinationExists(const FileSystem& files, const QString& stem, int kind) {
-    const bool drawing = files.IsFile(stem + QStringLiteral("drw"));
-    const bool program = files.IsFile(stem + QStringLiteral("prg"));
-    switch (kind) {
-    case 1:
-        return drawing;
-    case 2:
-        return program;
-    default:
-        return drawing || program;
+// Whether the destination family holds the file the kind asks about: its drawing (kind 1), its
+// program (kind 2), either (kind 3).
+bool DestinationExists(const QStringList& members, int kind) {
+    for (const QString& member : members) {
+        const QString extension = GetExtension(member).toLower();
+        if ((kind != 2 && extension == QLatin1String("drw")) ||
+            (kind != 1 && extension == QLatin1String("prg")))
+            return true;
+    }
+    return false;
+}
+
+// Deletes the members of the kind from a family listed beforehand.
+void DeleteMembers(FileSystem& files, const QString& directory, const QStringList& members, int kind) {
+    for (const QString& member : members) {
+        const QString extension = GetExtension(member);
+        bool deleted = false;
+        if (kind == 2) {
+            deleted = ProgramMembers.contains(extension.toLower());
+        } else if (kind == 1 || kind == 3) {
+            // A nest file survives in any letter case; the program members of kind 1 only as spelled.
+            const bool nest = extension.compare(QLatin1String("nst"), Qt::CaseInsensitive) == 0;
+            deleted = !nest && !(kind == 1 && (extension.isEmpty() || ProgramMembers.contains(extension)));
+        }
+        if (deleted)
+            files.Delete(directory + member);
     }
 }
 
@@ -66,16 +82,15 @@ QList<Transfer> Plan(Session& session, const QString& sourceDir, const QString& 
     const FileSystem& files = session.files;
     const bool within = WithinMachine(session.settings, destinationDir);
     QList<Transfer> plan;
-    if (kind == 2) {
-        for (const QString& extension : ProgramMembers) {
-            const QString from = sourceDir + sourceName + u'.' + extension;
-            if ((extension != QLatin1String("stp") || within) && files.IsFile(from))
-                plan.append({from, destinationDir + destinationName + u'.' + extension});
-        }
-        return plan;
-    }
     for (const QString& member : Members(files, sourceDir, sourceName)) {
         const QString extension = GetExtension(member);
+        if (kind == 2) {
+            // Exactly the program members, each under its extension in lower case.
+            const QString lower = extension.toLower();
+            if (ProgramMembers.contains(lower) && (lower != QLatin1String("stp") || within))
+                plan.append({sourceDir + member, destinationDir + destinationName + u'.' + lower});
+            continue;
+        }
         bool boundToMachine = false;
         if (kind == 1) {
             // As spelled: "PRG" is no program member here.
@@ -123,14 +138,15 @@ bool PrepareDestination(Session& session, const QString& sourceDir, const QStrin
         g.LastAnswer = Int16::From(int(Answer::No));
         return false;
     }
+    const QStringList old = Members(session.files, destinationDir, destinationName);
     Answer answer = Answer::Yes;
-    if (DestinationExists(session.files, destinationDir + destinationName + u'.', kind))
+    if (DestinationExists(old, kind))
         answer = session.messages.Ask(u'"' + destinationName +
                                       QStringLiteral("\" Already Exists !\n\nOverwrite It ?"));
     g.LastAnswer = Int16::From(int(answer));
     if (answer != Answer::Yes)
         return false;
-    DeleteFamily(session, destinationDir, destinationName, kind);
+    DeleteMembers(session.files, destinationDir, old, kind);
     return true;
 }
 
@@ -160,26 +176,7 @@ int MoveFamily(Session& session, const QString& sourceDir, const QString& source
 }
 
 void DeleteFamily(Session& session, const QString& directory, const QString& name, int kind) {
-    FileSystem& files = session.files;
-    const QString family = TrimBlanks(name);
-    if (kind == 2) {
-        for (const QString& extension : ProgramMembers) {
-            const QString path = directory + family + u'.' + extension;
-            if (files.IsFile(path))
-                files.Delete(path);
-        }
-        return;
-    }
-    if (kind != 1 && kind != 3)
-        return;
-    for (const QString& member : Members(files, directory, family)) {
-        const QString extension = GetExtension(member);
-        // A nest file survives in any letter case; the program members of kind 1 only as spelled.
-        const bool nest = extension.compare(QLatin1String("nst"), Qt::CaseInsensitive) == 0;
-        const bool kept = nest || (kind == 1 && (extension.isEmpty() || ProgramMembers.contains(extension)));
-        if (!kept)
-            files.Delete(directory + member);
-    }
+    DeleteMembers(session.files, directory, Members(session.files, directory, TrimBlanks(name)), kind);
 }
 
 } // namespace kestrova
