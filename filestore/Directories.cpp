@@ -3,6 +3,7 @@
 #include "filestore/FileOperations.h"
 #include "filestore/Names.h"
 #include "filestore/SelectDirectory.h"
+#include "platform/Blanks.h"
 #include "settings/SettingsLine.h"
 
 namespace kestrova {
@@ -53,8 +54,8 @@ DirectoryOkOutcome DirectoryOk(Session& session, int action, const QString& chos
     const GlobalSettings& g = session.settings;
     MessageService& messages = session.messages;
     FileSystem& files = session.files;
-    const QString entry = chosen.trimmed();
-    const QString name = typed.trimmed();
+    const QString entry = TrimBlanks(chosen);
+    const QString name = TrimBlanks(typed);
     const QString base = g.RootPath + g.MachineDir + u'\\';
 
     if (action != 2 && entry.isEmpty()) {

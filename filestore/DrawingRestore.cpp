@@ -4,6 +4,7 @@
 #include "filestore/LastFile.h"
 #include "filestore/Names.h"
 #include "filestore/SelectDirectory.h"
+#include "platform/Blanks.h"
 
 namespace kestrova {
 
@@ -21,8 +22,8 @@ RestoreOutcome RestoreDrawing(Session& session, const QString& name, const QStri
     const GlobalSettings& g = session.settings;
     MessageService& messages = session.messages;
     FileSystem& files = session.files;
-    const QString n = name.trimmed();
-    const QString d = directory.trimmed();
+    const QString n = TrimBlanks(name);
+    const QString d = TrimBlanks(directory);
     if (!AcceptableNewName(n) || n == QLatin1String("Auto-Reposition")) {
         messages.Refuse(QStringLiteral("Invalid Drawing Name !"));
         return RestoreOutcome::FocusName;

@@ -2,6 +2,7 @@
 
 #include "filestore/FileFamily.h"
 #include "filestore/Names.h"
+#include "platform/Blanks.h"
 #include "settings/SettingsLine.h"
 
 #include <functional>
@@ -79,7 +80,7 @@ FileFormLayout FileFormLayoutOf(int action, int machineCount) {
 }
 
 bool AcceptableNewName(const QString& name) {
-    const QString trimmed = name.trimmed();
+    const QString trimmed = TrimBlanks(name);
     return AcceptableOutsideName(trimmed) && !trimmed.contains(u'*') && !trimmed.contains(u'?');
 }
 
@@ -94,7 +95,7 @@ QString CountMessage(int count, const QString& verb) {
 QString MachineDirOf(const GlobalSettings& g, int number) {
     for (int n = 1; n <= g.MachineCount && n < g.MachineTable.size(); ++n)
         if (g.MachineTable.at(n).number == number)
-            return g.MachineTable.at(n).field2.trimmed();
+            return TrimBlanks(g.MachineTable.at(n).field2);
     return {};
 }
 
@@ -103,7 +104,7 @@ FileOkOutcome FileOk(Session& session, const FileChoice& choice) {
     MessageService& messages = session.messages;
     const QString source = g.CurrentPath;
     const int kind = choice.kind;
-    const QString newName = choice.newName.trimmed();
+    const QString newName = TrimBlanks(choice.newName);
 
     switch (choice.action) {
     case 1: {
@@ -159,7 +160,7 @@ FileOkOutcome FileOk(Session& session, const FileChoice& choice) {
 
     // Move to and copy to.
     const bool move = choice.action == 4;
-    const QString destination = choice.destination.trimmed();
+    const QString destination = TrimBlanks(choice.destination);
     if (choice.names.isEmpty()) {
         messages.Refuse(QStringLiteral("No Files Selected !"));
         return FileOkOutcome::FocusFileList;

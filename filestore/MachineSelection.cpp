@@ -2,6 +2,7 @@
 
 #include "Frontend/Reload.h"
 #include "filestore/LastFile.h"
+#include "platform/Blanks.h"
 #include "settings/KestrovaCfg.h"
 
 namespace kestrova {
@@ -29,7 +30,7 @@ QList<MachineRow> MachineRows(const GlobalSettings& g) {
     QList<MachineRow> rows;
     for (int n = 1; n <= g.MachineCount && n < g.MachineTable.size(); ++n) {
         const MachineRecord& m = g.MachineTable.at(n);
-        rows.append({int(m.number), m.field1.trimmed(), m.field2.trimmed()});
+        rows.append({int(m.number), TrimBlanks(m.field1), TrimBlanks(m.field2)});
     }
     return rows;
 }

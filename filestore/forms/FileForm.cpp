@@ -6,6 +6,7 @@
 #include "filestore/Names.h"
 #include "filestore/forms/FormParts.h"
 #include "filestore/forms/NameKeyFilter.h"
+#include "platform/Blanks.h"
 #include "settings/SettingsLine.h"
 
 #include <QCheckBox>
@@ -31,7 +32,7 @@ FileForm::FileForm(Session& session, QWidget* parent) : QDialog(parent), m_sessi
         const QSignalBlocker quiet(m_machineList);
         for (int n = 1; n <= g.MachineCount && n < g.MachineTable.size(); ++n) {
             const MachineRecord& m = g.MachineTable.at(n);
-            auto* item = new QListWidgetItem(m.field1.trimmed(), m_machineList);
+            auto* item = new QListWidgetItem(TrimBlanks(m.field1), m_machineList);
             item->setData(Qt::UserRole, int(m.number));
             if (m.number == g.MachineNumber)
                 m_machineList->setCurrentItem(item);
@@ -202,7 +203,7 @@ void FileForm::MachineList_CurrentChanged(int row) {
 void FileForm::DirectoryList_CurrentChanged(int row) {
     if (row < 0)
         return;
-    const QString entry = m_directoryList->item(row)->text().trimmed();
+    const QString entry = TrimBlanks(m_directoryList->item(row)->text());
     if (HasColon(entry) && !DriveExists(m_session.files, entry)) {
         m_session.messages.Refuse(QStringLiteral("Disc Not Ready !"));
         const QSignalBlocker quiet(m_directoryList);
@@ -240,7 +241,7 @@ void FileForm::FileOk_Click() {
         m_machineList->setFocus();
         break;
     case FileOkOutcome::Done:
-        FillFileList(m_action == 2 || m_action == 3 ? m_fileBox->text().trimmed() : QString());
+        FillFileList(m_action == 2 || m_action == 3 ? TrimBlanks(m_fileBox->text()) : QString());
         m_fileList->setFocus();
         break;
     }
