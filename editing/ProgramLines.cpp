@@ -4,37 +4,40 @@ namespace kestrova {
 
 namespace {
 
-bool IsDigit(QChar c) {
-    return c >= u'0' && c <= u'9';
+bool IsDigit(char c) {
+    return c >= '0' && c <= '9';
 }
 
-// The block without its leading "/", trimmed, and the prefix it leaves ("/" or nothing).
-QStringView SplitBlockDelete(QStringView line, bool& blockDelete) {
-    blockDelete = !line.isEmpty() && line.front() == u'/';
-    return blockDelete ? TrimBlanks(line.mid(1)) : line;
+// The block without its leading "/", trimmed; blockDelete tells whether there was one.
+QByteArrayView SplitBlockDelete(QByteArrayView line, bool& blockDelete) {
+    blockDelete = !line.isEmpty() && line.front() == '/';
+    return blockDelete ? TrimBlanks(line.sliced(1)) : line;
 }
 
 } // namespace
 
-QString RemoveAllSpaces(QStringView text) {
-    QString result;
-    result.reserve(text.size());
-    for (const QChar c : text)
-        if (c != u' ')
-            result.append(c);
-    return result;
+void RemoveAllSpaces(QByteArrayView text, QByteArray& out) {
+    const qsizetype at = out.size();
+    out.resize(at + text.size());
+    char* to = out.data() + at;
+    for (const char c : text)
+        if (c != ' ')
+            *to++ = c;
+    out.truncate(to - out.constData());
 }
 
-QString StripLine(QStringView line) {
+void StripLine(QByteArrayView line, QByteArray& out) {
     bool blockDelete = false;
-    QStringView block = SplitBlockDelete(TrimBlanks(line), blockDelete);
-    if (!block.isEmpty() && (block.front() == u'N' || block.front() == u'n')) {
+    QByteArrayView block = SplitBlockDelete(TrimBlanks(line), blockDelete);
+    if (!block.isEmpty() && (block.front() == 'N' || block.front() == 'n')) {
         qsizetype i = 0;
-        while (i < block.size() && (block[i] == u'N' || block[i] == u'n' || IsDigit(block[i])))
+        while (i < block.size() && (block[i] == 'N' || block[i] == 'n' || IsDigit(block[i])))
             ++i;
-        block = TrimBlanks(block.mid(i));
+        block = TrimBlanks(block.sliced(i));
     }
-    return blockDelete ? u'/' + block.toString() : block.toString();
+    if (blockDelete)
+        out.append('/');
+    out.append(block);
 }
 
 BlockNumbers::BlockNumbers(Int16 start, Int16 increment, int width)
@@ -44,29 +47,26 @@ BlockNumbers::BlockNumbers(Int16 start, Int16 increment, int width)
 
 void BlockNumbers::Build() {
     // The digits without sign position or blanks, padded on the left, never cut.
-    QString digits = QString::number(m_number.value());
+    const QByteArray digits = QByteArray::number(m_number.value());
+    m_nword = "N";
     if (digits.size() < m_width)
-        digits.prepend(QString(m_width - digits.size(), u'0'));
-    m_nword = u'N' + digits + u' ';
+        m_nword.append(QByteArray(m_width - digits.size(), '0'));
+    m_nword.append(digits).append(' ');
 }
 
-QString BlockNumbers::Number(QStringView line) const {
+void BlockNumbers::Number(QByteArrayView line, QByteArray& out) const {
     bool blockDelete = false;
-    QStringView block = SplitBlockDelete(TrimBlanks(line), blockDelete);
+    QByteArrayView block = SplitBlockDelete(TrimBlanks(line), blockDelete);
     // Upper case only: a block starting with "n" enters the walk and stops at once.
-    if (!block.isEmpty() && (block.front() == u'N' || block.front() == u'n')) {
+    if (!block.isEmpty() && (block.front() == 'N' || block.front() == 'n')) {
         qsizetype i = 0;
-        while (i < block.size() && (block[i] == u'N' || IsDigit(block[i])))
+        while (i < block.size() && (block[i] == 'N' || IsDigit(block[i])))
             ++i;
-        block = TrimBlanks(block.mid(i));
+        block = TrimBlanks(block.sliced(i));
     }
-    QString result;
-    result.reserve(1 + m_nword.size() + block.size());
     if (blockDelete)
-        result.append(u'/');
-    result.append(m_nword);
-    result.append(block);
-    return result;
+        out.append('/');
+    out.append(m_nword).append(block);
 }
 
 void BlockNumbers::Advance() {
@@ -75,8 +75,8 @@ void BlockNumbers::Advance() {
 }
 
 int NumberWidth(const QString& startText) {
-    const QStringView trimmed = TrimBlanks(startText);
-    return !trimmed.isEmpty() && trimmed.front() == u'0' ? int(trimmed.size()) : 0;
+    const QStringView trimmed = TrimBlanks(QStringView(startText));
+    return trimmed.startsWith(u'0') ? int(trimmed.size()) : 0;
 }
 
 } // namespace kestrova

@@ -3,22 +3,23 @@
 #include "platform/Blanks.h"
 #include "platform/Int16.h"
 
-#include <QString>
-#include <QStringView>
+#include <QByteArray>
+#include <QByteArrayView>
 
 namespace kestrova {
 
-// The line rules of the three program rewrites. Each takes one line without its line end and
-// gives the line to write. "Trim" here removes blanks (the space character) only: tabs and
-// every other character are kept, as NC controls treat them as data.
+// The line rules of the three program rewrites. Each takes one line of single-byte text
+// without its line end and appends the line to write to out. "Trim" here removes blanks (the
+// space character) only: tabs and every other character are kept, as NC controls treat them as
+// data. They work on bytes because they run once for every line of programs of millions of lines.
 
 // Every blank removed, wherever it stands.
-[[nodiscard]] QString RemoveAllSpaces(QStringView text);
+void RemoveAllSpaces(QByteArrayView text, QByteArray& out);
 
 // A line of Strip Numbers: a leading "/" (block delete) is kept in front, then any run of "N",
 // "n" and digits at the start of the block goes, and the rest is trimmed. Lines that do not
 // start with a block number pass as they are, apart from the trim.
-[[nodiscard]] QString StripLine(QStringView line);
+void StripLine(QByteArrayView line, QByteArray& out);
 
 // The block numbering of Renumber Program: the N-word of the running number ("N", its digits
 // padded with "0" to the width, one blank) in front of each line, the old number removed.
@@ -28,11 +29,11 @@ public:
     BlockNumbers(Int16 start, Int16 increment, int width);
 
     // The N-word of the running number.
-    [[nodiscard]] const QString& NWord() const { return m_nword; }
-    // The numbered line: prefix "/" if the block is a block delete, the N-word, then the block
-    // without its old number. Only an upper-case "N" with digits counts as the old number: a
-    // block starting with "n" keeps its whole text.
-    [[nodiscard]] QString Number(QStringView line) const;
+    [[nodiscard]] const QByteArray& NWord() const { return m_nword; }
+    // The numbered line, trimmed: prefix "/" if the block is a block delete, the N-word, then
+    // the block without its old number. Only an upper-case "N" with digits counts as the old
+    // number: a block starting with "n" keeps its whole text.
+    void Number(QByteArrayView line, QByteArray& out) const;
     // The next number: number + increment.
     void Advance();
 
@@ -42,7 +43,7 @@ private:
     Int16 m_number;
     Int16 m_increment;
     int m_width;
-    QString m_nword;
+    QByteArray m_nword;
 };
 
 // The width of the block numbers from the start text: its length when, trimmed, it starts

@@ -6,7 +6,7 @@ namespace {
 
 // Progress is told about every this many bytes: often enough for a smooth bar, rarely enough
 // to cost nothing next to the rewrite itself.
-constexpr qint64 ProgressStep = 1 << 20;
+constexpr qint64 ProgressStep = 1 << 18;
 // The new text goes to the disk in writes of about this size.
 constexpr qsizetype WriteChunk = 1 << 18;
 
@@ -41,8 +41,8 @@ void ProgramInput::Finish() {
         m_progress(m_total, m_total);
 }
 
-QString ProgramInput::ReadLine() {
-    QString line = m_reader.ReadLine();
+QByteArrayView ProgramInput::ReadLine() {
+    const QByteArrayView line = m_reader.ReadLineBytes();
     if (m_progress) {
         // The line end's length is not known here: one byte is counted, so the figure never
         // runs ahead of the truth.
@@ -55,21 +55,19 @@ QString ProgramInput::ReadLine() {
     return line;
 }
 
-void ProgramOutput::Line(QStringView line) {
-    const qsizetype at = m_pending.size();
-    m_pending.resize(at + line.size() + 2);
-    char* out = m_pending.data() + at;
-    for (const QChar c : line)
-        *out++ = char(c.unicode());
-    *out++ = '\r';
-    *out = '\n';
+ProgramOutput::ProgramOutput(TextWriter& writer) : m_writer(writer) {
+    m_pending.reserve(WriteChunk + 4096);
+}
+
+void ProgramOutput::EndLine() {
+    m_pending.append("\r\n", 2);
     if (m_pending.size() >= WriteChunk)
         Flush();
 }
 
 void ProgramOutput::Flush() {
     m_writer.WriteBytes(m_pending);
-    m_pending.clear();
+    m_pending.resize(0); // keeps its room for the next lines
 }
 
 void RewriteProgram(FileSystem& files, const QString& program, const QString& temporary,

@@ -5,8 +5,8 @@
 #include "platform/TextFile.h"
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QString>
-#include <QStringView>
 #include <functional>
 #include <optional>
 #include <stdexcept>
@@ -35,7 +35,8 @@ class ProgramInput {
 public:
     ProgramInput(const FileSystem& files, const QString& program, const RewriteProgress& progress);
     [[nodiscard]] bool AtEnd() { return m_reader.AtEnd(); }
-    [[nodiscard]] QString ReadLine();
+    // The next line's bytes, valid until the next read.
+    [[nodiscard]] QByteArrayView ReadLine();
     // Every line has been read.
     void Finish();
 
@@ -47,11 +48,13 @@ private:
     qint64 m_reported = 0;
 };
 
-// The new text, gathered into large writes of single-byte lines, each ended by CR LF.
+// The new text, gathered into large writes of single-byte lines: a line is appended to Text()
+// and ended by EndLine() with CR LF.
 class ProgramOutput {
 public:
-    explicit ProgramOutput(TextWriter& writer) : m_writer(writer) {}
-    void Line(QStringView line);
+    explicit ProgramOutput(TextWriter& writer);
+    [[nodiscard]] QByteArray& Text() { return m_pending; }
+    void EndLine();
     void Flush();
 
 private:

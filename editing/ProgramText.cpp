@@ -10,8 +10,8 @@ QString Temporary(const Session& session, const char* name) {
     return session.settings.ProgramPath + QLatin1String(name);
 }
 
-bool StartsProgram(QStringView line) {
-    return !line.isEmpty() && (line.front() == u'%' || line.front().toUpper() == u'O');
+bool StartsProgram(QByteArrayView line) {
+    return !line.isEmpty() && (line.front() == '%' || line.front() == 'O' || line.front() == 'o');
 }
 
 } // namespace
@@ -24,21 +24,23 @@ void RenumberProgram(Session& session, const QString& path, Int16 start, Int16 i
             BlockNumbers numbers(start, increment, width);
             // Blank lines at the head are not written. An empty program leaves an empty line in
             // hand, which is numbered like any other.
-            QString first;
+            QByteArrayView first;
             while (!in.AtEnd()) {
-                first = in.ReadLine();
-                if (!TrimBlanks(first).isEmpty())
+                first = TrimBlanks(in.ReadLine());
+                if (!first.isEmpty())
                     break;
             }
             // Only the first block may be the program start; it keeps its text and uses no number.
-            if (StartsProgram(TrimBlanks(first))) {
-                out.Line(TrimBlanks(first));
+            if (StartsProgram(first)) {
+                out.Text().append(first);
             } else {
-                out.Line(numbers.Number(first));
+                numbers.Number(first, out.Text());
                 numbers.Advance();
             }
+            out.EndLine();
             while (!in.AtEnd()) {
-                out.Line(numbers.Number(in.ReadLine()));
+                numbers.Number(in.ReadLine(), out.Text());
+                out.EndLine();
                 numbers.Advance();
             }
         },
@@ -49,8 +51,10 @@ void StripNumbers(Session& session, const QString& path, const RewriteProgress& 
     RewriteProgram(
         session.files, path, Temporary(session, "Numbers.tmp"),
         [](ProgramInput& in, ProgramOutput& out) {
-            while (!in.AtEnd())
-                out.Line(StripLine(in.ReadLine()));
+            while (!in.AtEnd()) {
+                StripLine(in.ReadLine(), out.Text());
+                out.EndLine();
+            }
         },
         progress);
 }
@@ -60,9 +64,11 @@ void RemoveSpaces(Session& session, const QString& path, const RewriteProgress& 
         session.files, path, Temporary(session, "Spaces.tmp"),
         [](ProgramInput& in, ProgramOutput& out) {
             while (!in.AtEnd()) {
-                const QString line = RemoveAllSpaces(in.ReadLine());
-                if (!line.isEmpty())
-                    out.Line(line);
+                // Lines left empty are dropped.
+                const qsizetype before = out.Text().size();
+                RemoveAllSpaces(in.ReadLine(), out.Text());
+                if (out.Text().size() != before)
+                    out.EndLine();
             }
         },
         progress);

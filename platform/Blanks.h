@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QString>
 #include <QStringView>
 
@@ -23,14 +24,18 @@ namespace kestrova {
     return TrimBlanks(QStringView(text)).toString();
 }
 
-[[nodiscard]] inline QByteArray TrimBlanks(const QByteArray& bytes) {
+[[nodiscard]] inline QByteArrayView TrimBlanks(QByteArrayView bytes) {
     qsizetype begin = 0;
     qsizetype end = bytes.size();
-    while (begin < end && bytes.at(begin) == ' ')
+    while (begin < end && bytes[begin] == ' ')
         ++begin;
-    while (end > begin && bytes.at(end - 1) == ' ')
+    while (end > begin && bytes[end - 1] == ' ')
         --end;
-    return bytes.mid(begin, end - begin);
+    return bytes.sliced(begin, end - begin);
+}
+
+[[nodiscard]] inline QByteArray TrimBlanks(const QByteArray& bytes) {
+    return TrimBlanks(QByteArrayView(bytes)).toByteArray();
 }
 
 } // namespace kestrova

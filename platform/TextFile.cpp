@@ -3,6 +3,7 @@
 #include "platform/HostPath.h"
 
 #include <cerrno>
+#include <cstring>
 #include <filesystem>
 
 namespace kestrova {
@@ -66,33 +67,39 @@ bool LineReader::AtEnd() {
 }
 
 QString LineReader::ReadLine() {
+    const QByteArrayView line = ReadLineBytes();
+    return QString::fromLatin1(line.data(), line.size());
+}
+
+QByteArrayView LineReader::ReadLineBytes() {
     if (AtEnd())
         throw InputPastEndError(m_path);
-    qsizetype scan = m_pos;
+    qsizetype scanned = 0; // bytes of the line seen so far, from m_pos
     for (;;) {
-        while (scan < m_buffer.size()) {
-            const char c = m_buffer.at(scan);
-            if (c == '\n' || c == '\r') {
-                const QString line = FromBytes(m_buffer.mid(m_pos, scan - m_pos));
-                m_pos = scan + 1;
-                if (c == '\r') {
-                    // A CR LF pair may straddle two reads.
-                    if (m_pos >= m_buffer.size())
-                        Fill();
-                    if (m_pos < m_buffer.size() && m_buffer.at(m_pos) == '\n')
-                        ++m_pos;
-                }
-                return line;
+        const char* from = m_buffer.constData() + m_pos + scanned;
+        const size_t rest = size_t(m_buffer.size() - m_pos - scanned);
+        const void* lf = std::memchr(from, '\n', rest);
+        const size_t lfAt = lf ? size_t(static_cast<const char*>(lf) - from) : rest;
+        const void* cr = std::memchr(from, '\r', lfAt);
+        if (cr || lf) {
+            const qsizetype length = scanned + (cr ? static_cast<const char*>(cr) - from : qsizetype(lfAt));
+            if (cr && m_pos + length + 1 >= m_buffer.size()) {
+                // A CR LF pair may straddle two reads. Fill() may move the line to the front of
+                // the buffer: everything here counts from m_pos.
+                Fill();
             }
-            ++scan;
+            const qsizetype start = m_pos;
+            m_pos = start + length + 1;
+            if (cr && m_pos < m_buffer.size() && m_buffer.at(m_pos) == '\n')
+                ++m_pos;
+            return QByteArrayView(m_buffer.constData() + start, length);
         }
-        const qsizetype consumed = m_pos;
+        scanned = m_buffer.size() - m_pos;
         if (!Fill()) {
-            const QString line = FromBytes(m_buffer.mid(m_pos));
+            const qsizetype start = m_pos;
             m_pos = m_buffer.size();
-            return line;
+            return QByteArrayView(m_buffer.constData() + start, m_pos - start);
         }
-        scan -= consumed; // Fill() dropped the consumed part of the buffer
     }
 }
 

@@ -26,6 +26,9 @@ public:
     LineReader& operator=(const LineReader&) = delete;
 
     [[nodiscard]] QString ReadLine();
+    // The same line as its bytes, for readers of files of millions of lines: valid until the
+    // next read.
+    [[nodiscard]] QByteArrayView ReadLineBytes();
     [[nodiscard]] bool AtEnd();
     [[nodiscard]] const QString& Path() const { return m_path; }
 

@@ -26,6 +26,7 @@ if [ "$keep" -eq 0 ] || [ ! -d "$run" ]; then
     cp -a demo "$run"
 fi
 mkdir -p "$run/floppy" "$run/usb"
+tools/demo-programs.sh "$run/c"
 cp "$BUILD_DIR/Frontend/kestrova-standin" "$run/c/Kestrova/StandIn/"
 printf '%s\r\n' "C: fixed $run/c" "A: removable $run/floppy" "E: removable $run/usb" "******" \
     >"$run/c/Kestrova/Devices.cfg"

@@ -211,17 +211,19 @@ TEST_F(EditFormTest, AFailedRewriteStopsTheBatchWithOneMessage) {
 }
 
 TEST_F(EditFormTest, OpeningFilesInTheEditor) {
-    // The stand-in editor records its arguments and is still running when OK returns.
+    // The stand-in editor records its arguments only once the test lets it go on: had OK waited
+    // for it, OK would never return.
     fixture.WriteProgram(QStringLiteral("C:\\Tools\\Edit.exe"),
-                         "printf '%s\\r\\n' \"$#\" \"$@\" > Args.tmp; sleep 1; mv Args.tmp Args.txt");
+                         "for i in $(seq 400); do [ -f Go ] && break; sleep 0.05; done; "
+                         "printf '%s\\r\\n' \"$#\" \"$@\" > Args.tmp; mv Args.tmp Args.txt");
     fixture.WriteLines(QStringLiteral("C:\\Kestrova\\Editor.cfg"),
                        {QStringLiteral("C:\\Tools\\Edit.exe -n")});
     auto form = Open(2);
     QTest::keyClicks(Child<QLineEdit>(*form, "EditBox"), QStringLiteral("Bracket 7 "));
     Ok(*form);
     EXPECT_FALSE(form->isVisible());
-    EXPECT_FALSE(fixture.OnDisk(QStringLiteral("C:\\Kestrova\\Args.txt"))); // not waited for
-    for (int i = 0; i < 100 && !fixture.OnDisk(QStringLiteral("C:\\Kestrova\\Args.txt")); ++i)
+    fixture.Write(QStringLiteral("C:\\Kestrova\\Go"), "");
+    for (int i = 0; i < 400 && !fixture.OnDisk(QStringLiteral("C:\\Kestrova\\Args.txt")); ++i)
         (void)PauseInEventLoop(std::chrono::milliseconds(50));
     EXPECT_EQ(fixture.ReadLines(QStringLiteral("C:\\Kestrova\\Args.txt")),
               (QStringList{"1", fixture.Host("C:\\Jobs\\PUNCH1\\Parts\\Bracket 7.prg")}));
