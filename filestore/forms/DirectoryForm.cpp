@@ -78,7 +78,11 @@ DirectoryForm::DirectoryForm(Session& session, QWidget* parent) : QDialog(parent
 void DirectoryForm::DirectoryOk_Click() {
     const QListWidgetItem* item = m_directoryList->currentItem();
     const QString chosen = item && item->isSelected() ? item->text() : QString();
-    switch (DirectoryOk(m_session, m_action, chosen, m_directoryBox->text())) {
+    DirectoryOkOutcome outcome = DirectoryOkOutcome::Stay;
+    if (!Guarded(m_session.messages,
+                 [&] { outcome = DirectoryOk(m_session, m_action, chosen, m_directoryBox->text()); }))
+        return;
+    switch (outcome) {
     case DirectoryOkOutcome::FocusList:
         m_directoryList->setFocus();
         break;

@@ -226,7 +226,9 @@ void FileForm::FileOk_Click() {
     if (const QListWidgetItem* item = m_machineList->currentItem(); item && item->isSelected())
         choice.machineNumber = item->data(Qt::UserRole).toInt();
 
-    switch (FileOk(m_session, choice)) {
+    FileOkOutcome outcome = FileOkOutcome::Done;
+    (void)Guarded(m_session.messages, [&] { outcome = FileOk(m_session, choice); });
+    switch (outcome) {
     case FileOkOutcome::FocusFileList:
         m_fileList->setFocus();
         break;

@@ -1,5 +1,7 @@
 #include "filestore/forms/FormParts.h"
 
+#include "platform/Errors.h"
+
 #include <QListWidget>
 #include <QPushButton>
 #include <QSignalBlocker>
@@ -11,6 +13,18 @@ QPushButton* MakeFormButton(QWidget* parent, const QString& name, const QString&
     button->setObjectName(name);
     button->setAutoDefault(false);
     return button;
+}
+
+bool Guarded(MessageService& messages, const std::function<void()>& step) {
+    try {
+        step();
+        return true;
+    } catch (const SystemError& error) {
+        messages.ShowError(error.text());
+    } catch (const std::exception& error) {
+        messages.ShowError(QString::fromLocal8Bit(error.what()));
+    }
+    return false;
 }
 
 void FillListWidget(QListWidget* list, const ListModel& model) {

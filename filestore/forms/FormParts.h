@@ -1,6 +1,9 @@
 #pragma once
 
 #include "filestore/ListModel.h"
+#include "platform/MessageService.h"
+
+#include <functional>
 
 class QListWidget;
 class QPushButton;
@@ -12,6 +15,11 @@ namespace kestrova {
 
 // A button that answers Enter only when the form makes it the default.
 [[nodiscard]] QPushButton* MakeFormButton(QWidget* parent, const QString& name, const QString& caption);
+
+// Runs a step of a form's event handler; an error it meets (a file that cannot be copied, a
+// directory that cannot be removed) is shown once, naming the file and the reason, and ends
+// the step there instead of leaving through the event loop. False when that happened.
+bool Guarded(MessageService& messages, const std::function<void()>& step);
 
 // A list widget holding what a listing filled, its selection (or none) made current.
 void FillListWidget(QListWidget* list, const ListModel& model);

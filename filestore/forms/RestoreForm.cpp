@@ -73,7 +73,11 @@ void RestoreForm::FillNames() {
 void RestoreForm::RestoreOk_Click() {
     const QListWidgetItem* item = m_directoryList->currentItem();
     const QString directory = item && item->isSelected() ? item->text() : QString();
-    switch (RestoreDrawing(m_session, m_nameCombo->currentText(), directory)) {
+    RestoreOutcome outcome = RestoreOutcome::Stay;
+    if (!Guarded(m_session.messages,
+                 [&] { outcome = RestoreDrawing(m_session, m_nameCombo->currentText(), directory); }))
+        return;
+    switch (outcome) {
     case RestoreOutcome::FocusName:
         m_nameCombo->setFocus();
         m_nameCombo->lineEdit()->selectAll();

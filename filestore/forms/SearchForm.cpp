@@ -137,7 +137,9 @@ void SearchForm::CriteriaOk_Click() {
     {
         BusyCursor busy(messages);
         m_searchList->clear();
-        rows = SearchFiles(m_session, m_machineDir, text, drawings, programs);
+        if (!Guarded(messages,
+                     [&] { rows = SearchFiles(m_session, m_machineDir, text, drawings, programs); }))
+            return;
         QList<QTreeWidgetItem*> items;
         items.reserve(rows.size());
         for (const SearchRow& row : rows)

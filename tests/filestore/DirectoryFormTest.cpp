@@ -103,6 +103,24 @@ TEST_F(DirectoryFormTest, OkActsAndClosesOrRefusesAndStays) {
     EXPECT_EQ(fx.Settings().CurrentDir, "Archive");
 }
 
+TEST_F(DirectoryFormTest, AnErrorOfTheHostIsShownOnceAndTheFormStaysOpen) {
+    fx.MakeDir("C:\\Jobs\\PUNCH1\\Nested\\Inner");
+    fx.Settings().DirectoryOperation = 4;
+    DirectoryForm form(fx.session());
+    form.show();
+    auto* list = form.findChild<QListWidget*>("DirectoryList");
+    QTest::keyClick(list, Qt::Key_End);
+    ASSERT_EQ(list->currentItem()->text(), "Nested");
+    fx.Messages().Script({Answer::Yes});
+    QTest::keyClick(list, Qt::Key_Return);
+    const QStringList texts = fx.Messages().Texts();
+    ASSERT_EQ(texts.size(), 2);
+    EXPECT_EQ(texts.first(), "Delete \"Nested\" !");
+    EXPECT_TRUE(texts.last().contains("C:\\Jobs\\PUNCH1\\Nested")) << texts.last().toStdString();
+    EXPECT_TRUE(form.isVisible());
+    EXPECT_TRUE(fx.Files().IsDirectory("C:\\Jobs\\PUNCH1\\Nested\\Inner"));
+}
+
 TEST_F(DirectoryFormTest, TheMachineFormStartsAtTheCurrentMachineAndHandsBackTheChoice) {
     fx.Settings().MachineNumber = 2;
     struct Case {
