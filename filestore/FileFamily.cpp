@@ -17,34 +17,10 @@ struct Transfer {
     QString to;
 };
 
-// The files of one family as they lie in the directory: names whose base name (everything
-// before the last ".") is the family name in any letter case.
-QStringList Members(const FileSystem& files, const QString& directory, const QString& name) {
-    QStringList members;
-    for (const QString& file : files.Find(directory + name + QStringLiteral(".*"), EntryKinds::Files)) {
-        const qsizetype dot = file.lastIndexOf(u'.');
-        const QString base = dot < 0 ? file : file.left(dot);
-        if (base.compare(name, Qt::CaseInsensitive) == 0)
-            members << file;
-    }
-    return members;
-}
-
 // What follows the base name, dot included ("" for a file without extension).
 QString Suffix(const QString& member) {
     const qsizetype dot = member.lastIndexOf(u'.');
     return dot < 0 ? QString() : member.mid(dot);
-}
-
-bool WithinMachine(const GlobalSettings& g, const QString& destinationDir) {
-    return destinationDir.toUpper().contains(g.MachineDir.toUpper());
-}
-
-bool SamePlace(const FileSystem& files, const QString& a, const QString& b) {
-    const QString hostA = files.HostPath(a);
-    if (!hostA.isEmpty())
-        return hostA == files.HostPath(b);
-    return files.FullPath(a).compare(files.FullPath(b), Qt::CaseInsensitive) == 0;
 }
 
 // Whether the destination family holds the file the kind asks about: its drawing (kind 1), its
@@ -82,7 +58,7 @@ QList<Transfer> Plan(Session& session, const QString& sourceDir, const QString& 
     const FileSystem& files = session.files;
     const bool within = WithinMachine(session.settings, destinationDir);
     QList<Transfer> plan;
-    for (const QString& member : Members(files, sourceDir, sourceName)) {
+    for (const QString& member : FamilyMembers(files, sourceDir, sourceName)) {
         const QString extension = GetExtension(member);
         if (kind == 2) {
             // Exactly the program members, each under its extension in lower case.
@@ -138,7 +114,7 @@ bool PrepareDestination(Session& session, const QString& sourceDir, const QStrin
         g.LastAnswer = Int16::From(int(Answer::No));
         return false;
     }
-    const QStringList old = Members(session.files, destinationDir, destinationName);
+    const QStringList old = FamilyMembers(session.files, destinationDir, destinationName);
     Answer answer = Answer::Yes;
     if (DestinationExists(old, kind))
         answer = session.messages.Ask(u'"' + destinationName +
@@ -151,6 +127,28 @@ bool PrepareDestination(Session& session, const QString& sourceDir, const QStrin
 }
 
 } // namespace
+
+QStringList FamilyMembers(const FileSystem& files, const QString& directory, const QString& name) {
+    QStringList members;
+    for (const QString& file : files.Find(directory + name + QStringLiteral(".*"), EntryKinds::Files)) {
+        const qsizetype dot = file.lastIndexOf(u'.');
+        const QString base = dot < 0 ? file : file.left(dot);
+        if (base.compare(name, Qt::CaseInsensitive) == 0)
+            members << file;
+    }
+    return members;
+}
+
+bool SamePlace(const FileSystem& files, const QString& a, const QString& b) {
+    const QString hostA = files.HostPath(a);
+    if (!hostA.isEmpty())
+        return hostA == files.HostPath(b);
+    return files.FullPath(a).compare(files.FullPath(b), Qt::CaseInsensitive) == 0;
+}
+
+bool WithinMachine(const GlobalSettings& g, const QString& destinationDir) {
+    return destinationDir.toUpper().contains(g.MachineDir.toUpper());
+}
 
 int CopyFamily(Session& session, const QString& sourceDir, const QString& sourceName,
                const QString& destinationDir, const QString& destinationName, int kind) {
@@ -176,7 +174,7 @@ int MoveFamily(Session& session, const QString& sourceDir, const QString& source
 }
 
 void DeleteFamily(Session& session, const QString& directory, const QString& name, int kind) {
-    DeleteMembers(session.files, directory, Members(session.files, directory, TrimBlanks(name)), kind);
+    DeleteMembers(session.files, directory, FamilyMembers(session.files, directory, TrimBlanks(name)), kind);
 }
 
 } // namespace kestrova

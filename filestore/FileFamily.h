@@ -53,4 +53,16 @@ namespace kestrova {
 // question, no result. A nest file always survives.
 void DeleteFamily(Session& session, const QString& directory, const QString& name, int kind);
 
+// The files of one family as they lie in the directory: names whose base name (everything
+// before the last ".") is the family name in any letter case.
+[[nodiscard]] QStringList FamilyMembers(const FileSystem& files, const QString& directory,
+                                        const QString& name);
+
+// Whether two directories are one place on the host, however they are spelled.
+[[nodiscard]] bool SamePlace(const FileSystem& files, const QString& a, const QString& b);
+
+// Whether a destination directory lies within the current machine: its path, upper-cased,
+// contains `MachineDir` upper-cased.
+[[nodiscard]] bool WithinMachine(const GlobalSettings& g, const QString& destinationDir);
+
 } // namespace kestrova

@@ -1,0 +1,248 @@
+// The Rainer floppy's operations against index bytes written out by hand from the record layout.
+#include "exchange/RainerFloppy.h"
+
+#include "DirectorySnapshot.h"
+#include "InstallationFixture.h"
+#include "exchange/RainerIndex.h"
+#include "filestore/SelectDirectory.h"
+
+#include <gtest/gtest.h>
+
+using namespace kestrova;
+using namespace kestrova::testing;
+
+namespace {
+
+const QString Index = QStringLiteral("A:\\INDICE--.PRG");
+const QByteArray FreeRecord = QByteArray(60, '$') + QByteArray(4, '\0');
+
+QByteArray Trailer(int variant) {
+    return variant == 1 ? QByteArray::fromHex("DF01D702") : QByteArray::fromHex("A1687E5A");
+}
+
+// A used record: the name, blanks up to 50, ten zero bytes, the trailer.
+QByteArray UsedRecord(int variant, const QByteArray& name) {
+    return name + QByteArray(50 - name.size(), ' ') + QByteArray(10, '\0') + Trailer(variant);
+}
+
+class RainerFloppy : public ::testing::Test {
+protected:
+    void SetUp() override { fx.Load(); }
+
+    // A full-sized index whose records `records` hold the given names, each slot with its file.
+    QByteArray WriteIndex(int variant, const QList<QPair<int, QByteArray>>& slots) {
+        QByteArray index = FreeRecord.repeated(300);
+        for (const auto& [slot, name] : slots) {
+            const int record = variant == 1 ? slot : slot + 2;
+            index.replace((record - 1) * 64, 64, UsedRecord(variant, name));
+            fx.Write(QStringLiteral("A:\\P%1---.PRG").arg(slot, 3, 10, QChar(u'0')),
+                     "floppy " + name + "\r\n");
+        }
+        fx.Write(Index, index);
+        return index;
+    }
+    QStringList Listed() {
+        ListModel list;
+        FillRainerList(fx.session(), list);
+        QStringList shown;
+        for (int i = 0; i < list.Count(); ++i)
+            shown << list.entries.at(i) + u'@' + QString::number(list.itemData.at(i));
+        return shown;
+    }
+    InstallationFixture fx;
+};
+
+} // namespace
+
+TEST_F(RainerFloppy, ExportIntoSlotSevenChangesExactlyItsRecordAndImportAndDeleteReadItBack) {
+    for (int variant : {1, 2}) {
+        SCOPED_TRACE(variant);
+        fx.Remove("A:\\");
+        fx.MakeDir("A:\\");
+        fx.Settings().RainerType = Int16::From(variant);
+        const QByteArray before =
+            WriteIndex(variant, {{1, "P1"}, {2, "P2"}, {3, "P3"}, {4, "P4"}, {5, "P5"}, {6, "P6"}});
+
+        fx.Messages().Script({Answer::Yes});
+        EXPECT_EQ(RainerExport(fx.session(), {"Cover"}), RainOutcome::Close);
+        EXPECT_EQ(fx.Messages().Texts(), (QStringList{"Export \"Cover\" ?", "1 Program Has Been Exported"}));
+        QByteArray expected = before;
+        const int offset = (variant == 1 ? 6 : 8) * 64;
+        expected.replace(offset, 64, UsedRecord(variant, "Cover"));
+        EXPECT_EQ(fx.Read(Index), expected);
+        EXPECT_EQ(fx.Read("A:\\P007---.PRG"), fx.Read("C:\\Jobs\\PUNCH1\\Parts\\Cover.prg"));
+        EXPECT_EQ(Listed(), (QStringList{"P1@1", "P2@2", "P3@3", "P4@4", "P5@5", "P6@6", "Cover@7"}));
+
+        SelectDirectory(fx.session(), "Kestrova");
+        fx.Messages().Clear();
+        EXPECT_EQ(RainerImport(fx.session(), {{"Cover", 7}}), RainOutcome::Close);
+        EXPECT_EQ(fx.Messages().Texts(), (QStringList{"Import Program \"Cover\" From Floppy Disk ?",
+                                                      "1 Program Has Been Imported"}));
+        EXPECT_EQ(fx.Messages().Messages().first().message.defaultButton, 1) << "Yes is the default";
+        EXPECT_EQ(fx.Read("C:\\Jobs\\PUNCH1\\Kestrova\\Cover.prg"), fx.Read("A:\\P007---.PRG"));
+
+        fx.Messages().Clear();
+        EXPECT_EQ(RainerDelete(fx.session(), {{"Cover", 7}, {"P6", 6}}), RainOutcome::Close);
+        EXPECT_EQ(fx.Messages().Texts(),
+                  (QStringList{"Delete 2 Programs From Floppy Disk ?", "2 Programs Have Been Deleted"}));
+        expected = before;
+        expected.replace(offset - 64, 64, FreeRecord);
+        EXPECT_EQ(fx.Read(Index), expected);
+        EXPECT_FALSE(fx.OnDisk("A:\\P007---.PRG"));
+        EXPECT_FALSE(fx.OnDisk("A:\\P006---.PRG"));
+        SelectDirectory(fx.session(), "Parts");
+        fx.Remove("C:\\Jobs\\PUNCH1\\Kestrova\\Cover.prg");
+        fx.Messages().Clear();
+    }
+}
+
+TEST_F(RainerFloppy, ExportFindsItsSlotByNameOrTheFirstFreeOne) {
+    const struct {
+        const char* what;
+        QList<QPair<int, QByteArray>> slots;
+        QStringList removed; // slot files gone before the export
+        Answer answer;
+        int slot; // where Cover is expected, 0 for nowhere
+        QStringList texts;
+    } cases[] = {
+        // clang-format off
+        {"a free index takes slot 1", {}, {}, Answer::Yes, 1, {"1 Program Has Been Exported"}},
+        {"a stored name in any case is overwritten once confirmed", {{1, "P1"}, {4, "COVER"}}, {}, Answer::Yes, 4,
+         {"Program \"Cover\"\n\nAlready Exists!  Overwrite it ?", "1 Program Has Been Exported"}},
+        {"declining the overwrite exports nothing", {{4, "COVER"}}, {}, Answer::No, 0,
+         {"Program \"Cover\"\n\nAlready Exists!  Overwrite it ?", "No Programs Have Been Exported"}},
+        {"a stored name whose file is gone is reused without a question", {{1, "P1"}, {4, "cover"}},
+         {"A:\\P004---.PRG"}, Answer::No, 4, {"1 Program Has Been Exported"}},
+        {"a free slot with a stray file is overwritten silently", {{1, "P1"}}, {}, Answer::No, 2,
+         {"1 Program Has Been Exported"}},
+        // clang-format on
+    };
+    fx.Settings().RainerType = 1;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        fx.Remove("A:\\");
+        fx.MakeDir("A:\\");
+        if (!c.slots.isEmpty())
+            WriteIndex(1, c.slots);
+        fx.Write("A:\\P002---.PRG", "stray");
+        for (const QString& gone : c.removed)
+            fx.Remove(gone);
+        fx.Messages().Clear();
+        fx.Messages().Script({Answer::Yes});
+        if (c.texts.size() > 1)
+            fx.Messages().Script({c.answer});
+        EXPECT_EQ(RainerExport(fx.session(), {"Cover"}), RainOutcome::Close);
+        EXPECT_EQ(fx.Messages().Texts().mid(1), c.texts);
+        const QByteArray index = fx.Read(Index);
+        ASSERT_EQ(index.size(), 19200);
+        if (c.slot > 0) {
+            EXPECT_EQ(index.mid((c.slot - 1) * 64, 64), UsedRecord(1, "Cover"));
+            EXPECT_EQ(fx.Read(QStringLiteral("A:\\P%1---.PRG").arg(c.slot, 3, 10, QChar(u'0'))),
+                      fx.Read("C:\\Jobs\\PUNCH1\\Parts\\Cover.prg"));
+        }
+    }
+    fx.Remove("A:\\");
+    fx.MakeDir("A:\\");
+    WriteIndex(1, {{4, "COVER"}});
+    fx.Messages().Clear();
+    fx.Messages().Script({Answer::Yes, Answer::No});
+    (void)RainerExport(fx.session(), {"Cover"});
+    EXPECT_EQ(fx.Messages().Messages().at(1).message.title, "Kestrcom")
+        << "this one box has a title of its own";
+}
+
+TEST_F(RainerFloppy, AFullIndexRefusesEachProgramThatDoesNotFit) {
+    fx.Settings().RainerType = 2;
+    QList<QPair<int, QByteArray>> slots;
+    for (int s = 1; s <= 298; ++s)
+        slots.append({s, "N" + QByteArray::number(s)});
+    const QByteArray before = WriteIndex(2, slots);
+    fx.Messages().Script({Answer::Yes});
+    EXPECT_EQ(RainerExport(fx.session(), {"Cover", "X"}), RainOutcome::Close);
+    EXPECT_EQ(fx.Messages().Log(),
+              (QStringList{"Export 2 Programs ?", "<beep>", "Floppy Disk Index Is Full !", "<beep>",
+                           "Floppy Disk Index Is Full !", "No Programs Have Been Exported"}));
+    EXPECT_EQ(fx.Read(Index), before);
+}
+
+TEST_F(RainerFloppy, ImportSkipsNamesThatCouldLeaveTheDirectoryAndCountsVanishedFiles) {
+    fx.Settings().RainerType = 1;
+    WriteIndex(1, {{1, ".."}, {2, "a/b"}, {3, "C:x"}, {4, "Good"}, {5, "Gone"}});
+    fx.Remove("A:\\P005---.PRG");
+    EXPECT_EQ(Listed(), (QStringList{"..@1", "a/b@2", "C:x@3", "Good@4"}))
+        << "a program without its file is not listed";
+    fx.Write("C:\\Jobs\\PUNCH1\\Parts\\Gone.prg", "old");
+    fx.Write("C:\\Jobs\\PUNCH1\\Parts\\Gone.inf", "old");
+    const auto before = TreeContents(fx.Root());
+    fx.Messages().Script({Answer::Yes, Answer::Yes});
+    EXPECT_EQ(RainerImport(fx.session(), {{"..", 1}, {"a/b", 2}, {"C:x", 3}, {"Good", 4}, {"Gone", 5}}),
+              RainOutcome::Close);
+    EXPECT_EQ(fx.Messages().Texts(),
+              (QStringList{"Import 5 Programs From Floppy Disk ?", "Invalid File Name !",
+                           "Invalid File Name !", "Invalid File Name !",
+                           "\"Gone\" Already Exists !\n\nOverwrite It ?", "2 Programs Have Been Imported"}));
+    EXPECT_EQ(Changes(before, TreeContents(fx.Root())),
+              (QStringList{"-c/Jobs/PUNCH1/Parts/Gone.inf", "-c/Jobs/PUNCH1/Parts/Gone.prg",
+                           "+c/Jobs/PUNCH1/Parts/Good.prg=floppy Good|"}));
+}
+
+TEST_F(RainerFloppy, NothingChosenClosesImportAndDeleteButKeepsExportOpen) {
+    EXPECT_EQ(RainerExport(fx.session(), {}), RainOutcome::StayOnList);
+    EXPECT_EQ(RainerImport(fx.session(), {}), RainOutcome::Close);
+    EXPECT_EQ(RainerDelete(fx.session(), {}), RainOutcome::Close);
+    EXPECT_EQ(fx.Messages().Log(), (QStringList{"<beep>", "No Programs Selected !", "<beep>",
+                                                "No Programs Selected", "<beep>", "No Programs Selected"}));
+}
+
+TEST_F(RainerFloppy, AMissingFloppyIsReportedWithBothSpellings) {
+    fx.Remove("A:\\");
+    ListModel list;
+    list.Add("stale");
+    FillRainerList(fx.session(), list);
+    EXPECT_EQ(list.Count(), 0);
+    EXPECT_TRUE(fx.Messages().Log().isEmpty()) << "the list fails silently";
+
+    EXPECT_FALSE(FloppyReadyForMenu(fx.session()));
+    EXPECT_EQ(fx.Messages().Log(),
+              (QStringList{"<beep>", "Floppy Disk Not Ready !\n\nInsert Floppy Disk Now !", "<beep>"}));
+    fx.Messages().Clear();
+    fx.Messages().Script({Answer::Yes});
+    EXPECT_EQ(RainerDelete(fx.session(), {{"P1", 1}}), RainOutcome::Close);
+    EXPECT_EQ(fx.Messages().Log(),
+              (QStringList{"Delete Program \"P1\" From Floppy Disk ?", "<beep>", "Floppy Disc Not Ready !"}));
+}
+
+TEST_F(RainerFloppy, FormatAsksOnlyWhenThereAreProgramsAndWritesAFreshIndex) {
+    const struct {
+        const char* what;
+        QStringList files;
+        QList<Answer> answers;
+        QStringList texts;
+        QStringList left;
+    } cases[] = {
+        // clang-format off
+        {"an empty floppy", {}, {}, {}, {"INDICE--.PRG"}},
+        {"programs, confirmed", {"P001---.PRG", "p002---.prg", "NOTES.TXT"}, {Answer::Yes},
+         {"Formating Will Delete All Programs On Floppy Disk !\n\nDo You Want to Continue ?"},
+         {"INDICE--.PRG", "NOTES.TXT"}},
+        {"programs, declined", {"P001---.PRG"}, {Answer::No},
+         {"Formating Will Delete All Programs On Floppy Disk !\n\nDo You Want to Continue ?"}, {"P001---.PRG"}},
+        // clang-format on
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        fx.Remove("A:\\");
+        fx.MakeDir("A:\\");
+        for (const QString& f : c.files)
+            fx.Write("A:\\" + f, "x");
+        fx.Messages().Clear();
+        for (Answer a : c.answers)
+            fx.Messages().Script({a});
+        FormatRainerFloppy(fx.session());
+        EXPECT_EQ(fx.Messages().Texts(), c.texts);
+        EXPECT_EQ(QDir(fx.Host("A:\\")).entryList(QDir::Files, QDir::Name), c.left);
+        if (c.left.contains("INDICE--.PRG")) {
+            EXPECT_EQ(fx.Read(Index), FreeRecord.repeated(300));
+        }
+    }
+}

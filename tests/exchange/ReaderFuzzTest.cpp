@@ -1,0 +1,155 @@
+// The floppy index reader and the lookup table reader on many random, mutated and truncated
+// files (seeded, so every run sees the same ones): they never fail, and nothing is written
+// outside the place the operation works on.
+#include "DirectorySnapshot.h"
+#include "InstallationFixture.h"
+#include "exchange/ExportFile.h"
+#include "exchange/LookupTable.h"
+#include "exchange/RainerFloppy.h"
+#include "exchange/RainerIndex.h"
+#include "filestore/Names.h"
+
+#include <gtest/gtest.h>
+#include <random>
+
+using namespace kestrova;
+using namespace kestrova::testing;
+
+namespace {
+
+// Bytes of the kinds a damaged floppy or a hand-edited table holds: noise, a valid index with
+// flipped bytes and planted names (some of them paths), and either one cut anywhere.
+class Garbage {
+public:
+    explicit Garbage(unsigned seed) : m_random(seed) {}
+
+    QByteArray Next(const QByteArray& valid) {
+        QByteArray bytes;
+        switch (Pick(3)) {
+        case 0:
+            bytes.resize(Pick(4 * 19200));
+            for (char& b : bytes)
+                b = char(Pick(256));
+            break;
+        case 1:
+            bytes = valid;
+            for (int n = Pick(200); n > 0 && !bytes.isEmpty(); --n)
+                bytes[Pick(int(bytes.size()))] = char(Pick(256));
+            [[fallthrough]];
+        default:
+            if (bytes.isEmpty())
+                bytes = valid;
+            for (int n = Pick(12); n > 0; --n) {
+                static const QByteArray planted[] = {"..",
+                                                     "../../etc/passwd",
+                                                     "a\\..\\..\\b",
+                                                     "C:\\x",
+                                                     "/abs",
+                                                     "ok",
+                                                     "CON",
+                                                     ".",
+                                                     "\x01name",
+                                                     "A NAME OF MORE THAN 32 CHARS "
+                                                     "AND MORE",
+                                                     "******",
+                                                     "x, 7",
+                                                     "x,99999999",
+                                                     ",5"};
+                const QByteArray& name = planted[Pick(std::size(planted))];
+                bytes.replace(qsizetype(Pick(int(bytes.size() / 64) + 1)) * 64, 0,
+                              name + QByteArray(64 - name.size() % 64, ' '));
+            }
+            break;
+        }
+        if (Pick(2) == 0)
+            bytes.truncate(Pick(int(bytes.size()) + 1));
+        return bytes;
+    }
+    int Pick(int below) {
+        return below <= 0 ? 0 : std::uniform_int_distribution<int>(0, below - 1)(m_random);
+    }
+
+private:
+    std::mt19937 m_random;
+};
+
+} // namespace
+
+TEST(ReaderFuzz, TheIndexAndTableReadersTakeAnyBytes) {
+    Garbage garbage(20261123);
+    const QByteArray valid = FreshIndex();
+    for (int round = 0; round < 3000; ++round) {
+        const QByteArray bytes = garbage.Next(valid);
+        for (int variant : {1, 2}) {
+            const QList<RainerSlot> slots = ParseRainerIndex(bytes, variant);
+            ASSERT_LE(slots.size(), 300);
+            if (!slots.isEmpty()) {
+                ASSERT_LT(qsizetype(SlotRecord(variant, slots.last().slot) - 1) * 64, bytes.size())
+                    << "no slot is read beyond the last record";
+            }
+            for (int i = 0; i < slots.size(); ++i) {
+                ASSERT_EQ(slots.at(i).slot, i + 1);
+                ASSERT_LE(slots.at(i).name.size(), 32);
+                ASSERT_EQ(slots.at(i).free, slots.at(i).name.isEmpty());
+            }
+        }
+        for (const LookupLine& line : ParseLookupTable(bytes)) {
+            ASSERT_NE(line.text.trimmed(), "******") << "nothing is read past the end marker";
+            ASSERT_LE(line.number, 32767);
+        }
+    }
+}
+
+TEST(ReaderFuzz, ImportFromADamagedFloppyWritesOnlyProgramsIntoTheTarget) {
+    InstallationFixture fx;
+    fx.Load();
+    fx.Settings().RainerType = 2;
+    const QString target = fx.Host("C:\\Jobs\\PUNCH1\\Parts");
+    Garbage garbage(7);
+    for (int round = 0; round < 150; ++round) {
+        SCOPED_TRACE(round);
+        fx.Remove("A:\\");
+        fx.Write("A:\\INDICE--.PRG", garbage.Next(FreshIndex()));
+        for (int slot = 1; slot <= 300; slot += 1 + garbage.Pick(20))
+            fx.Write(QStringLiteral("A:\\P%1---.PRG").arg(slot, 3, 10, QChar(u'0')), "N1\r\n");
+        ListModel list;
+        FillRainerList(fx.session(), list);
+        QList<RainerChoice> chosen;
+        for (int i = 0; i < list.Count(); ++i)
+            chosen << RainerChoice{list.entries.at(i), list.itemData.at(i)};
+        auto before = TreeContents(fx.Root());
+        fx.Messages().Clear();
+        (void)RainerImport(fx.session(), chosen);
+        for (const QString& path : ChangedNames(before, TreeContents(fx.Root()))) {
+            const QString name = QFileInfo(path).fileName();
+            ASSERT_EQ(QFileInfo(fx.Root() + u'/' + path).absolutePath(), target) << path.toStdString();
+            ASSERT_TRUE(name.endsWith(".prg") && AcceptableOutsideName(name.chopped(4)))
+                << path.toStdString();
+        }
+    }
+}
+
+TEST(ReaderFuzz, LookupExportOverADamagedTableStaysInTheTarget) {
+    InstallationFixture fx;
+    fx.Load();
+    Garbage garbage(11);
+    const QByteArray table = "Cover, 1 \r\nX, 2 \r\n******\r\n";
+    for (int round = 0; round < 150; ++round) {
+        SCOPED_TRACE(round);
+        fx.Remove("E:\\Out");
+        fx.Write("E:\\Out\\Work.lkp", garbage.Next(table.repeated(1 + garbage.Pick(50))));
+        auto before = TreeContents(fx.Root());
+        fx.Messages().Clear();
+        fx.Messages().Script({Answer::Yes});
+        ASSERT_EQ(ExportFile(fx.session(), "C:\\Jobs\\PUNCH1\\Parts\\", "X", "E:\\Out\\", "X", 2, true, false,
+                             "prg"),
+                  1);
+        for (const QString& path : ChangedNames(before, TreeContents(fx.Root())))
+            ASSERT_TRUE(path.startsWith("usb/Out/")) << path.toStdString();
+        const QList<LookupLine> lines = ReadLookupTable(fx.Files(), "E:\\Out\\");
+        const int entry = FindLookupEntry(lines, "X");
+        ASSERT_GE(entry, 0);
+        EXPECT_EQ(fx.Read(QStringLiteral("E:\\Out\\%1").arg(lines.at(entry).number)),
+                  fx.Read("C:\\Jobs\\PUNCH1\\Parts\\X.prg"));
+    }
+}
