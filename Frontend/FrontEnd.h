@@ -135,6 +135,10 @@ private:
     // --- The edit form (FrontEndEditing.cpp) -----------------------------------------------
     void OpenEditForm(int operation);
 
+    // --- Import, export and the Rainer floppy (FrontEndExchange.cpp) -------------------------
+    void OpenExternalForm(int mode);
+    void RainerEntry(int operation);
+
     // --- The background receive (FrontEndReceive.cpp) ---------------------------------------
     void SetUpBackgroundReceive(std::unique_ptr<SerialLine> line);
     // Starts (or starts again) the background receive; a port that cannot open is shown once.

@@ -133,7 +133,6 @@ void FrontEnd::BuildMenus() {
 }
 
 void FrontEnd::BuildFileMenu() {
-    GlobalSettings& g = m_session.settings;
     QMenu* file = AddMenu(menuBar(), QStringLiteral("FileMenu"), QStringLiteral("&File"));
     AddItem(file, QStringLiteral("MachineItem"), QStringLiteral("Select &Machine"),
             [this] { SelectMachineEntry(); });
@@ -158,14 +157,14 @@ void FrontEnd::BuildFileMenu() {
                                QStringLiteral("Export File(s)"), QStringLiteral("Export File As ...")};
     for (int i = 1; i <= external.size(); ++i)
         AddItem(file, QStringLiteral("ExternalItem%1").arg(i), external.at(i - 1),
-                [this, &g, i] { OpenForm(g.ImportMode, i, true); });
+                [this, i] { OpenExternalForm(i); });
     AddSeparator(file, QStringLiteral("RainerSeparator"));
     QMenu* rainer = AddMenu(file, QStringLiteral("RainerMenu"), QStringLiteral("Rainer"));
     const QStringList rainerItems{QStringLiteral("&Export"), QStringLiteral("&Import"),
                                   QStringLiteral("Delete"), QStringLiteral("Format")};
     for (int i = 1; i <= rainerItems.size(); ++i)
         AddItem(rainer, QStringLiteral("RainerItem%1").arg(i), rainerItems.at(i - 1),
-                [this, &g, i] { OpenForm(g.RainerOperation, i, true); });
+                [this, i] { RainerEntry(i); });
     AddSeparator(file);
     AddItem(file, QStringLiteral("ExitItem"), QStringLiteral("E&xit"), [this] { close(); });
 }

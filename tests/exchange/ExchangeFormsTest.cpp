@@ -1,0 +1,195 @@
+// The external form and the Rainer form offscreen, driven from the keyboard through the forms'
+// own controls, with the recording message service.
+#include "InstallationFixture.h"
+#include "exchange/ImportOk.h"
+#include "exchange/RainerIndex.h"
+#include "exchange/forms/ExternalForm.h"
+#include "exchange/forms/RainerForm.h"
+
+#include <QButtonGroup>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTest>
+#include <gtest/gtest.h>
+
+using namespace kestrova;
+using namespace kestrova::testing;
+
+namespace {
+
+class ExchangeForms : public ::testing::Test {
+protected:
+    void SetUp() override {
+        fx.Load();
+        fx.MakeDir("E:\\Out\\Sub");
+        fx.WriteLines("C:\\Kestrova\\Setup\\Data\\PUNCH1.xpt", {"0", "nc", "2", "1", "E:\\Out\\", "******"});
+        LastImportSource().clear();
+    }
+    template <typename T>
+    T* Child(QWidget& form, const char* name) {
+        T* child = form.findChild<T*>(QString::fromLatin1(name));
+        EXPECT_TRUE(child) << name;
+        return child;
+    }
+    InstallationFixture fx;
+};
+
+TEST_F(ExchangeForms, ExportFileAsTakesTheCurrentProgramAndAFilteredNewName) {
+    fx.Settings().ImportMode = 4;
+    ExternalForm form(fx.session());
+    EXPECT_EQ(form.windowTitle(), "Export File");
+    form.show();
+    auto* files = Child<QListWidget>(form, "ExportFileList");
+    auto* name = Child<QLineEdit>(form, "ExportNameBox");
+    EXPECT_EQ(Child<QComboBox>(form, "ExtentionCombo")->currentText(), "nc") << "the last choice comes back";
+    EXPECT_EQ(name->text(), "bracket-2");
+
+    files->setFocus();
+    QTest::keyClick(files, Qt::Key_Down);
+    EXPECT_EQ(name->text(), "Bracket") << "the name follows the current entry, however it was reached";
+
+    name->setFocus();
+    name->selectAll();
+    QTest::keyClicks(name, "NEW/1");
+    EXPECT_EQ(name->text(), "NEW1");
+    EXPECT_EQ(fx.Messages().Beeps(), 1);
+
+    fx.Messages().Script({Answer::Yes});
+    QTest::keyClick(name, Qt::Key_Return);
+    EXPECT_EQ(fx.Messages().Texts(),
+              (QStringList{"Export \"Bracket\"\nTo \"E:\\Out\\\" ?", "1 File Exported !"}));
+    EXPECT_EQ(form.result(), QDialog::Accepted);
+    EXPECT_EQ(fx.Read("E:\\Out\\NEW1.nc"), fx.Read("C:\\Jobs\\PUNCH1\\Parts\\Bracket.prg"));
+}
+
+TEST_F(ExchangeForms, ExportFilesGoesToTheCurrentFolderInTheChosenFormat) {
+    fx.Settings().ImportMode = 3;
+    ExternalForm form(fx.session());
+    EXPECT_EQ(form.windowTitle(), "Export Files");
+    form.show();
+    auto* files = Child<QListWidget>(form, "ExportFileList");
+    auto* folders = Child<QListWidget>(form, "ExportFolderList");
+    EXPECT_EQ(folders->currentItem()->text().trimmed(), "Out");
+
+    Child<QCheckBox>(form, "FileCheck2")->click();
+    EXPECT_EQ(files->count(), 0) << "no kind chosen, nothing listed";
+    Child<QCheckBox>(form, "FileCheck2")->click();
+    files->setFocus();
+    QTest::keyClick(files, Qt::Key_A, Qt::ControlModifier);
+    Child<QRadioButton>(form, "FormatOption1")->click();
+    folders->setFocus();
+    QTest::keyClick(folders, Qt::Key_Down);
+    EXPECT_EQ(folders->currentItem()->text().trimmed(), "Sub");
+
+    fx.Messages().Script({Answer::Yes});
+    Child<QPushButton>(form, "ExportOk")->click();
+    EXPECT_EQ(fx.Messages().Texts(),
+              (QStringList{"Export 4 Files\nTo \"E:\\Out\\Sub\\\" ?", "4 Files Exported !"}));
+    EXPECT_EQ(fx.ReadLines("E:\\Out\\Sub\\Work.lkp"),
+              (QStringList{"bracket-2, 1 ", "Bracket, 2 ", "Cover, 3 ", "X, 4 ", "******"}));
+    EXPECT_EQ(fx.ReadLines("C:\\Kestrova\\Setup\\Data\\PUNCH1.xpt"),
+              (QStringList{"1", "nc", "2", "2", "E:\\Out\\Sub\\", "******"}));
+}
+
+TEST_F(ExchangeForms, ImportFilesListsTheSourceByPatternAndImportsTheSelection) {
+    fx.Write("E:\\In\\A.prg", "a");
+    fx.Write("E:\\In\\B.PRG", "b");
+    fx.Write("E:\\In\\C.dxf", "c");
+    LastImportSource() = "E:\\In\\";
+    fx.Settings().ImportMode = 1;
+    ExternalForm form(fx.session());
+    EXPECT_EQ(form.windowTitle(), "Import Files");
+    form.show();
+    auto* files = Child<QListWidget>(form, "ImportFileList");
+    auto* pattern = Child<QComboBox>(form, "ImportPatternCombo");
+    EXPECT_EQ(pattern->itemText(0), "*.*             All Files ");
+    EXPECT_EQ(files->count(), 3);
+    EXPECT_EQ(Child<QComboBox>(form, "ImportDirectoryList")->currentText(), "Parts");
+
+    pattern->setFocus();
+    pattern->lineEdit()->selectAll();
+    QTest::keyClicks(pattern->lineEdit(), "*.prg:");
+    EXPECT_EQ(pattern->currentText(), "*.prg") << "the pattern box filters its keys";
+    EXPECT_EQ(files->count(), 2);
+    Child<QPushButton>(form, "SelectAll")->click();
+
+    fx.Messages().Script({Answer::Yes});
+    Child<QPushButton>(form, "ImportOk")->click();
+    EXPECT_EQ(fx.Messages().Texts(), (QStringList{"Import 2 Files\nTo \"Parts\" ?", "2 Files Imported !"}));
+    EXPECT_EQ(fx.Read("C:\\Jobs\\PUNCH1\\Parts\\A.prg"), "a");
+    EXPECT_EQ(fx.Read("C:\\Jobs\\PUNCH1\\Parts\\B.prg"), "b");
+    EXPECT_EQ(form.result(), QDialog::Accepted);
+}
+
+TEST_F(ExchangeForms, TheRainerFormImportsTheCurrentEntryAndKeepsExportOpenWithoutAChoice) {
+    fx.Settings().RainerType = 1;
+    QByteArray index = FreshIndex();
+    index.replace(64 * 2, 64, UsedEntry(1, "Floppy1"));
+    index.replace(64 * 4, 64, UsedEntry(1, "Floppy2"));
+    fx.Write("A:\\INDICE--.PRG", index);
+    fx.Write("A:\\P003---.PRG", "one");
+    fx.Write("A:\\P005---.PRG", "two");
+
+    fx.Settings().RainerOperation = 2;
+    {
+        RainerForm form(fx.session());
+        EXPECT_EQ(form.windowTitle(), "Rainer - Import");
+        form.show();
+        auto* list = Child<QListWidget>(form, "ProgramList");
+        ASSERT_EQ(list->count(), 2);
+        QTest::keyClick(list, Qt::Key_End);
+        QTest::keyClick(list, Qt::Key_Return);
+        EXPECT_EQ(fx.Messages().Texts(), (QStringList{"Import Program \"Floppy2\" From Floppy Disk ?",
+                                                      "1 Program Has Been Imported"}));
+        EXPECT_EQ(fx.Read("C:\\Jobs\\PUNCH1\\Parts\\Floppy2.prg"), "two");
+        EXPECT_FALSE(form.isVisible());
+        EXPECT_EQ(fx.Settings().RainerOperation, 0);
+    }
+
+    fx.Messages().Clear();
+    fx.Settings().RainerOperation = 1;
+    RainerForm form(fx.session());
+    EXPECT_EQ(form.windowTitle(), "Rainer - Export");
+    form.show();
+    auto* list = Child<QListWidget>(form, "ProgramList");
+    EXPECT_EQ(list->currentItem()->text(), "bracket-2");
+    list->clearSelection();
+    Child<QPushButton>(form, "RainOk")->click();
+    EXPECT_EQ(fx.Messages().Texts(), QStringList{"No Programs Selected !"});
+    EXPECT_TRUE(form.isVisible());
+    Child<QPushButton>(form, "RainCncl")->click();
+    EXPECT_FALSE(form.isVisible());
+    EXPECT_EQ(fx.Settings().RainerOperation, 0);
+}
+
+TEST_F(ExchangeForms, TheRainerFormShowsWhatEachOperationNeeds) {
+    const struct {
+        int operation;
+        const char* caption;
+        const char* listLabel;
+        bool directory, search;
+    } cases[] = {
+        // clang-format off
+        {1, "Rainer - Export", "Export Programs", true, true},
+        {2, "Rainer - Import", "Import Programs", true, false},
+        {3, "Rainer - Delete", "Delete Programs", false, false},
+        // clang-format on
+    };
+    for (const auto& c : cases) {
+        fx.Settings().RainerOperation = Int16::From(c.operation);
+        RainerForm form(fx.session());
+        form.show();
+        EXPECT_EQ(form.windowTitle(), c.caption);
+        EXPECT_EQ(Child<QLabel>(form, "ListLabel")->text(), c.listLabel);
+        EXPECT_EQ(Child<QWidget>(form, "DirectoryFrame")->isVisible(), c.directory) << c.caption;
+        EXPECT_EQ(Child<QWidget>(form, "Search")->isVisible(), c.search) << c.caption;
+        EXPECT_TRUE(Child<QPushButton>(form, "RainOk")->isDefault());
+    }
+}
+
+} // namespace
