@@ -1,0 +1,139 @@
+// Export to an empty directory and to a fresh Rainer floppy index, each against "cp" of the same
+// program files in the same run: the ratio is what counts, not the absolute time of this machine.
+#include "InstallationFixture.h"
+#include "Ratios.h"
+#include "exchange/ExportOk.h"
+#include "exchange/RainerFloppy.h"
+#include "exchange/RainerIndex.h"
+#include "filestore/SelectDirectory.h"
+
+#include <QDir>
+#include <QFile>
+#include <benchmark/benchmark.h>
+
+using namespace kestrova;
+using kestrova::testing::InstallationFixture;
+
+namespace {
+
+// One installation for the whole run: 1,000 programs of about 4 KB in the data directory "Many".
+InstallationFixture& Installation() {
+    static InstallationFixture* fx = [] {
+        auto* f = new InstallationFixture;
+        f->Load();
+        QByteArray text = "%\r\nO1000 (PART)\r\n";
+        for (int n = 10; text.size() < 4000; n += 10)
+            text += "N" + QByteArray::number(n) + " G01 X" + QByteArray::number(n * 3) + ". Y125.5\r\n";
+        for (int i = 1; i <= 1000; ++i)
+            f->Write(QStringLiteral("C:\\Jobs\\PUNCH1\\Many\\PART%1.prg").arg(i, 4, 10, QChar(u'0')), text);
+        f->Settings().RainerType = 1;
+        return f;
+    }();
+    return *fx;
+}
+
+QStringList Programs(int count) {
+    QStringList names;
+    for (int i = 1; i <= count; ++i)
+        names << QStringLiteral("PART%1").arg(i, 4, 10, QChar(u'0'));
+    return names;
+}
+
+// "cp" of the programs' files into a directory, as one command.
+std::vector<std::string> CopyCommand(int count, const QString& hostTarget) {
+    InstallationFixture& fx = Installation();
+    std::vector<std::string> args{"cp"};
+    for (const QString& name : Programs(count))
+        args.push_back(fx.Host(QStringLiteral("C:\\Jobs\\PUNCH1\\Many\\") + name + QStringLiteral(".prg"))
+                           .toStdString());
+    args.push_back(hostTarget.toStdString());
+    return args;
+}
+
+void Empty(const QString& hostDir) {
+    QDir(hostDir).removeRecursively();
+    QDir().mkpath(hostDir);
+}
+
+void BaselineCp1000(benchmark::State& state) {
+    const QString target = Installation().Host(QStringLiteral("E:\\Bench"));
+    const auto command = CopyCommand(1000, target);
+    for (auto _ : state) {
+        state.PauseTiming();
+        Empty(target);
+        state.ResumeTiming();
+        if (!kestrova::bench::RunQuietly(command))
+            state.SkipWithError("cp failed");
+    }
+}
+BENCHMARK(BaselineCp1000)->Unit(benchmark::kMillisecond);
+
+void Export1000Normal(benchmark::State& state) {
+    InstallationFixture& fx = Installation();
+    const QString target = fx.Host(QStringLiteral("E:\\Bench"));
+    ExportRequest request;
+    request.selected = Programs(1000);
+    request.target = QStringLiteral("E:\\Bench\\");
+    request.mode = 2;
+    request.extension = QStringLiteral("prg");
+    for (auto _ : state) {
+        state.PauseTiming();
+        Empty(target);
+        SelectDirectory(fx.session(), QStringLiteral("Many"));
+        fx.Messages().Clear();
+        fx.Messages().Script({Answer::Yes});
+        state.ResumeTiming();
+        if (ExportOk_Click(fx.session(), request) != ExportOutcome::Exported)
+            state.SkipWithError("the export did not run");
+    }
+    if (QDir(target).count() != 1002)
+        state.SkipWithError("not every program was exported");
+}
+BENCHMARK(Export1000Normal)->Unit(benchmark::kMillisecond);
+
+void BaselineCp300(benchmark::State& state) {
+    const QString floppy = Installation().Host(QStringLiteral("A:\\"));
+    const auto command = CopyCommand(300, floppy);
+    for (auto _ : state) {
+        state.PauseTiming();
+        Empty(floppy);
+        state.ResumeTiming();
+        if (!kestrova::bench::RunQuietly(command))
+            state.SkipWithError("cp failed");
+    }
+}
+BENCHMARK(BaselineCp300)->Unit(benchmark::kMillisecond);
+
+void Export300ToFloppy(benchmark::State& state) {
+    InstallationFixture& fx = Installation();
+    const QString floppy = fx.Host(QStringLiteral("A:\\"));
+    const QStringList programs = Programs(300);
+    for (auto _ : state) {
+        state.PauseTiming();
+        Empty(floppy);
+        WriteFreshIndex(fx.Files());
+        SelectDirectory(fx.session(), QStringLiteral("Many"));
+        fx.Messages().Clear();
+        fx.Messages().Script({Answer::Yes});
+        state.ResumeTiming();
+        (void)RainerExport(fx.session(), programs);
+    }
+    if (fx.Messages().Texts().value(1) != QLatin1String("300 Programs Have Been Exported"))
+        state.SkipWithError("not every program was exported");
+}
+BENCHMARK(Export300ToFloppy)->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+int main(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    kestrova::bench::RatioReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    std::printf("\nRatios against the baselines of this run:\n");
+    kestrova::bench::PrintRatio(reporter, "Export of 1,000 programs (Normal) / cp (goal 1.5x)",
+                                "Export1000Normal", "BaselineCp1000", 1.5);
+    kestrova::bench::PrintRatio(reporter, "Export of 300 programs to a fresh floppy index / cp (goal 2x)",
+                                "Export300ToFloppy", "BaselineCp300", 2.0);
+    benchmark::Shutdown();
+    return 0;
+}
