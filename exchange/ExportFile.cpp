@@ -1,15 +1,17 @@
 #include "exchange/ExportFile.h"
 
+#include "editing/ProgramLines.h"
 #include "exchange/FamilyCopy.h"
 #include "exchange/LookupTable.h"
 #include "filestore/FileFamily.h"
+#include "platform/Blanks.h"
 #include "platform/TextFile.h"
 #include "settings/SettingsFile.h"
 
 namespace kestrova {
 
 QString EightCharName(const QString& name) {
-    return QString(name).remove(u' ').trimmed().left(8).trimmed();
+    return TrimBlanks(RemoveAllSpaces(name).left(8));
 }
 
 Int16 FirstFreeNumber(const FileSystem& files, const QString& directory) {

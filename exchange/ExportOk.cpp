@@ -3,12 +3,13 @@
 #include "exchange/CountText.h"
 #include "exchange/ExportFile.h"
 #include "filestore/Names.h"
+#include "platform/Blanks.h"
 
 namespace kestrova {
 
 ExportOutcome ExportOk_Click(Session& session, const ExportRequest& request) {
     MessageService& messages = session.messages;
-    QString target = request.target.trimmed();
+    QString target = TrimBlanks(request.target);
     if (!target.endsWith(u'\\'))
         target += u'\\';
     const QString quotedTarget = u'"' + target + u'"';
@@ -20,7 +21,7 @@ ExportOutcome ExportOk_Click(Session& session, const ExportRequest& request) {
             messages.Report(QStringLiteral("No File Selected !"));
             return ExportOutcome::Stay;
         }
-        newName = request.newName.trimmed();
+        newName = TrimBlanks(request.newName);
         const int limit = eightChar ? 8 : 64;
         if (newName.isEmpty() || newName.size() > limit || !StaysInDirectory(newName)) {
             messages.Report(QStringLiteral("Invalid Filename !"));
@@ -52,14 +53,14 @@ ExportOutcome ExportOk_Click(Session& session, const ExportRequest& request) {
             count += Int16::From(ExportFile(session, session.settings.CurrentPath, name, target,
                                             request.singleList ? newName : name, request.mode,
                                             request.format == ExportFormat::Lookup, eightChar,
-                                            request.extension.trimmed()));
+                                            TrimBlanks(request.extension)));
         }
     }
     messages.Report(
         CountText(count, QStringLiteral("File"), QStringLiteral("Files"), QStringLiteral("Exported !")));
     ExportSettings settings;
     settings.format = request.format;
-    settings.extension = request.extension.trimmed();
+    settings.extension = TrimBlanks(request.extension);
     settings.mode = request.mode;
     settings.list = request.singleList ? 1 : 2;
     settings.target = target;

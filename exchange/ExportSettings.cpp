@@ -1,5 +1,6 @@
 #include "exchange/ExportSettings.h"
 
+#include "platform/Blanks.h"
 #include "platform/TextFile.h"
 #include "settings/SettingsFile.h"
 
@@ -9,7 +10,7 @@ namespace {
 
 int LineNumber(const QStringList& lines, int index, int fallback, int low, int high) {
     bool ok = false;
-    const int value = lines.value(index).trimmed().toInt(&ok);
+    const int value = TrimBlanks(lines.value(index)).toInt(&ok);
     return ok && value >= low && value <= high ? value : fallback;
 }
 
@@ -22,12 +23,12 @@ ExportSettings ReadExportSettings(const FileSystem& files, const GlobalSettings&
         return settings;
     const QStringList lines = ReadAllLines(files, path);
     settings.format = ExportFormat(LineNumber(lines, 0, 0, 0, 2));
-    if (lines.size() > 1 && lines.at(1).trimmed() != EndMarker)
-        settings.extension = lines.at(1).trimmed();
+    if (lines.size() > 1 && TrimBlanks(lines.at(1)) != EndMarker)
+        settings.extension = TrimBlanks(lines.at(1));
     settings.mode = LineNumber(lines, 2, settings.mode, 1, 3);
     settings.list = LineNumber(lines, 3, settings.list, -32768, 32767);
-    if (lines.size() > 4 && lines.at(4).trimmed() != EndMarker)
-        settings.target = lines.at(4).trimmed();
+    if (lines.size() > 4 && TrimBlanks(lines.at(4)) != EndMarker)
+        settings.target = TrimBlanks(lines.at(4));
     return settings;
 }
 

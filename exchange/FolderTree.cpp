@@ -1,9 +1,11 @@
 #include "exchange/FolderTree.h"
 
+#include "platform/Blanks.h"
+
 namespace kestrova {
 
 FolderTree FolderTreeOf(const FileSystem& files, const QString& folder) {
-    QString full = files.FullPath(folder.trimmed());
+    QString full = files.FullPath(TrimBlanks(folder));
     if (!full.endsWith(u'\\'))
         full += u'\\';
     if (!files.IsDirectory(full))

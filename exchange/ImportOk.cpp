@@ -5,6 +5,7 @@
 #include "exchange/ImportFile.h"
 #include "filestore/Names.h"
 #include "filestore/SelectDirectory.h"
+#include "platform/Blanks.h"
 #include "settings/SettingsLine.h"
 
 namespace kestrova {
@@ -47,7 +48,8 @@ ImportOutcome ImportSelected(Session& session, const ImportRequest& request, con
                                     : QStringLiteral("No Files Selected !"));
         return ImportOutcome::Stay;
     }
-    const QString to = QStringLiteral("\nTo \"") + request.targetDirectory.trimmed() + QStringLiteral("\" ?");
+    const QString to =
+        QStringLiteral("\nTo \"") + TrimBlanks(request.targetDirectory) + QStringLiteral("\" ?");
     QString question;
     if (names.size() == 1)
         question =
@@ -82,7 +84,7 @@ ImportOutcome ImportOk_Click(Session& session, const ImportRequest& request) {
     GlobalSettings& g = session.settings;
     if (request.mode != 1 && request.mode != 2 && request.mode != 5)
         return ImportOutcome::Stay;
-    const QString targetText = request.targetDirectory.trimmed();
+    const QString targetText = TrimBlanks(request.targetDirectory);
     if (targetText.compare(g.CurrentDir, Qt::CaseInsensitive) != 0 && HasColon(targetText) &&
         !DriveExists(session.files, targetText)) {
         session.messages.Refuse(QStringLiteral("Target Disk Not Ready !"));
@@ -93,7 +95,7 @@ ImportOutcome ImportOk_Click(Session& session, const ImportRequest& request) {
         return ImportOutcome::FocusTarget;
     }
     SelectDirectory(session, targetText);
-    QString source = request.source.trimmed();
+    QString source = TrimBlanks(request.source);
     if (!source.endsWith(u'\\'))
         source += u'\\';
     const ImportOutcome outcome = ImportSelected(session, request, source);

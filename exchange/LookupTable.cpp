@@ -1,5 +1,6 @@
 #include "exchange/LookupTable.h"
 
+#include "platform/Blanks.h"
 #include "platform/TextFile.h"
 #include "settings/SettingsFile.h"
 
@@ -50,12 +51,12 @@ QList<LookupLine> ParseLookupTable(const QByteArray& bytes) {
         if (start < bytes.size())
             start +=
                 (bytes.at(start) == '\r' && start + 1 < bytes.size() && bytes.at(start + 1) == '\n') ? 2 : 1;
-        const QString trimmed = line.text.trimmed();
+        const QString trimmed = TrimBlanks(line.text);
         if (trimmed == EndMarker)
             break;
         const qsizetype comma = trimmed.indexOf(u',');
         if (comma >= 0) {
-            line.name = trimmed.left(comma).trimmed();
+            line.name = TrimBlanks(trimmed.left(comma));
             line.number = NumberValue(trimmed.mid(comma + 1));
         }
         lines << line;

@@ -6,6 +6,7 @@
 #include "filestore/FileFamily.h"
 #include "filestore/KeyFilter.h"
 #include "filestore/Names.h"
+#include "platform/Blanks.h"
 
 #include <functional>
 
@@ -43,7 +44,7 @@ Answer ConfirmChosen(Session& session, const QList<RainerChoice>& chosen, const 
         return Answer::No;
     }
     if (chosen.size() == 1)
-        return AskYesDefault(session, verb + QStringLiteral(" Program \"") + chosen.first().text.trimmed() +
+        return AskYesDefault(session, verb + QStringLiteral(" Program \"") + TrimBlanks(chosen.first().text) +
                                           QStringLiteral("\" From Floppy Disk ?"));
     return AskYesDefault(session, verb + u' ' + NumberText(chosen.size()) +
                                       QStringLiteral(" Programs From Floppy Disk ?"));
@@ -92,7 +93,7 @@ RainOutcome RainerExport(Session& session, const QStringList& programs) {
     }
     const Answer answer = messages.Ask(
         programs.size() == 1
-            ? QStringLiteral("Export \"") + programs.first().trimmed() + QStringLiteral("\" ?")
+            ? QStringLiteral("Export \"") + TrimBlanks(programs.first()) + QStringLiteral("\" ?")
             : QStringLiteral("Export ") + NumberText(programs.size()) + QStringLiteral(" Programs ?"));
     session.settings.LastAnswer = Int16::From(int(answer));
     if (!FormDriveCheck(session, answer))
@@ -103,7 +104,7 @@ RainOutcome RainerExport(Session& session, const QStringList& programs) {
         if (!files.IsFile(rainer::IndexPath))
             WriteFreshIndex(files);
         for (const QString& entry : programs) {
-            const QString name = entry.trimmed();
+            const QString name = TrimBlanks(entry);
             // The index holds 50 characters of a name: a longer one could not be found again.
             if (name.size() > rainer::NameLength) {
                 messages.Refuse(InvalidFileName);
@@ -177,7 +178,7 @@ RainOutcome ForEachChosen(Session& session, const QList<RainerChoice>& chosen, c
 RainOutcome RainerImport(Session& session, const QList<RainerChoice>& chosen) {
     return ForEachChosen(session, chosen, QStringLiteral("Import"), QStringLiteral("Imported"),
                          [&session](const RainerChoice& choice) {
-                             const QString name = choice.text.left(rainer::NameReadLength).trimmed();
+                             const QString name = TrimBlanks(choice.text.left(rainer::NameReadLength));
                              // A name from the floppy never becomes a path of its own.
                              if (!AcceptableOutsideName(name)) {
                                  session.messages.Refuse(InvalidFileName);

@@ -1,5 +1,6 @@
 #include "exchange/RainerIndex.h"
 
+#include "platform/Blanks.h"
 #include "platform/RecordFile.h"
 #include "platform/TextFile.h"
 
@@ -39,21 +40,6 @@ QByteArray FreeEntry() {
 QByteArray FreshIndex() {
     return FreeEntry().repeated(rainer::FreshRecords);
 }
-
-namespace {
-
-// Blanks only, as the machine pads its names; other characters stay and are judged later.
-QString TrimBlanks(const QString& text) {
-    qsizetype start = 0;
-    qsizetype end = text.size();
-    while (start < end && text.at(start) == u' ')
-        ++start;
-    while (end > start && text.at(end - 1) == u' ')
-        --end;
-    return text.mid(start, end - start);
-}
-
-} // namespace
 
 QList<RainerSlot> ParseRainerIndex(const QByteArray& bytes, int variant) {
     const qsizetype records = (bytes.size() + rainer::RecordLength - 1) / rainer::RecordLength;

@@ -6,6 +6,7 @@
 #include "filestore/Listings.h"
 #include "filestore/Names.h"
 #include "filestore/forms/NameKeyFilter.h"
+#include "platform/Blanks.h"
 #include "settings/SettingsLine.h"
 
 #include <QButtonGroup>
@@ -33,7 +34,7 @@ QLabel* Caption(const QString& text, QWidget* buddy, QWidget* parent) {
 
 // The pattern of a pattern list entry: its text up to the first blank.
 QString PatternOf(const QString& entry) {
-    return entry.trimmed().section(u' ', 0, 0);
+    return TrimBlanks(entry).section(u' ', 0, 0);
 }
 
 } // namespace

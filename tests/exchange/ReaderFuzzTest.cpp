@@ -8,6 +8,7 @@
 #include "exchange/RainerFloppy.h"
 #include "exchange/RainerIndex.h"
 #include "filestore/Names.h"
+#include "platform/Blanks.h"
 
 #include <gtest/gtest.h>
 #include <random>
@@ -94,7 +95,7 @@ TEST(ReaderFuzz, TheIndexAndTableReadersTakeAnyBytes) {
             }
         }
         for (const LookupLine& line : ParseLookupTable(bytes)) {
-            ASSERT_NE(line.text.trimmed(), "******") << "nothing is read past the end marker";
+            ASSERT_NE(TrimBlanks(line.text), "******") << "nothing is read past the end marker";
             ASSERT_LE(line.number, 32767);
         }
     }
