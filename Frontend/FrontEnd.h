@@ -44,7 +44,8 @@ public:
     ~FrontEnd() override;
 
     // 0 when the window opened as it should; 1 when start-up met an error it has already shown
-    // (the background port could not open): the program then ends with this status.
+    // (an unreadable "Kestrova.cms"): the program then ends with this status. A background port
+    // that cannot open is told and watched for instead; it never ends the program.
     [[nodiscard]] int StartUpStatus() const { return m_startUpStatus; }
 
     // The lines the send and receive forms open; by default the host's serial ports of the
@@ -131,6 +132,7 @@ private:
     [[nodiscard]] SerialLineFactory FormLines() const;
     void OpenSendForm(SendKind kind);
     void OpenReceiveForm(int operation);
+    void OpenTransferLog();
 
     // --- The edit form (FrontEndEditing.cpp) -----------------------------------------------
     void OpenEditForm(int operation);

@@ -2,6 +2,7 @@
 #include "Frontend/FrontEnd.h"
 #include "comms/forms/ReceiveForm.h"
 #include "comms/forms/SendForm.h"
+#include "comms/forms/TransferLogForm.h"
 #include "platform/QtSerialLine.h"
 
 namespace kestrova {
@@ -30,6 +31,13 @@ void FrontEnd::OpenReceiveForm(int operation) {
             form.exec();
     });
     ShowStatus();
+}
+
+void FrontEnd::OpenTransferLog() {
+    InFrame([&] {
+        TransferLogForm form(m_session, this);
+        form.exec();
+    });
 }
 
 } // namespace kestrova

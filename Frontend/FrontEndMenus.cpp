@@ -201,6 +201,9 @@ void FrontEnd::BuildCommsMenu() {
             [this] { OpenSendForm(SendKind::Executive); });
     AddItem(comms, QStringLiteral("ExecItem2"), QStringLiteral("Receive Executive"),
             [this] { OpenReceiveForm(6); });
+    AddSeparator(comms);
+    AddItem(comms, QStringLiteral("TransferLogItem"), QStringLiteral("Transfer &Log"),
+            [this] { OpenTransferLog(); });
 }
 
 void FrontEnd::BuildSetupMenu() {

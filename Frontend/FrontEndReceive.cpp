@@ -1,6 +1,7 @@
 // The background receive on the main window: RcvComms and the core that files what it brings,
 // with the receive list, its frame and its button mirroring the core.
 #include "Frontend/FrontEnd.h"
+#include "Frontend/StatusBox.h"
 #include "comms/BackgroundReceive.h"
 #include "platform/QtSerialLine.h"
 
@@ -13,6 +14,11 @@ void FrontEnd::SetUpBackgroundReceive(std::unique_ptr<SerialLine> line) {
     m_receive = std::make_unique<BackgroundReceive>(m_session, std::move(line));
 
     connect(m_receive.get(), &BackgroundReceive::ReceiveListChanged, this, &FrontEnd::MirrorReceiveList);
+    // The status bar shows at all times whether the background line listens, waits for its
+    // device, or is off.
+    m_statusBar->ShowLineState(m_receive->LineStateText());
+    connect(m_receive.get(), &BackgroundReceive::LineStateChanged, this,
+            [this] { m_statusBar->ShowLineState(m_receive->LineStateText()); });
     connect(this, &FrontEnd::ReceiveButtonClicked, this,
             [this] { Handle([this] { m_receive->ReceiveButton_Click(); }); });
     connect(this, &FrontEnd::ReceiveListFocused, this, [this] {
@@ -28,8 +34,8 @@ void FrontEnd::SetUpBackgroundReceive(std::unique_ptr<SerialLine> line) {
 }
 
 void FrontEnd::StartBackgroundReceive() {
-    // After a machine change, a port that is missing, in use or refuses its settings leaves the
-    // receive off; the operator is told once, naming the port, and the program goes on.
+    // After a machine change, a port that is missing or in use is told once, naming it, and
+    // watched for; the program goes on.
     Handle([this] { m_receive->Start(); });
 }
 

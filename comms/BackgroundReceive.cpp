@@ -2,9 +2,11 @@
 
 #include "comms/PortSetup.h"
 #include "comms/ReceivedHeader.h"
+#include "comms/TransferLog.h"
 #include "filestore/Names.h"
 #include "platform/Blanks.h"
 
+#include <QDebug>
 #include <QStringView>
 
 namespace kestrova {
@@ -14,6 +16,7 @@ namespace {
 const QString TempName = QStringLiteral("Receive.tmp");
 const QString ListName = QStringLiteral("Receive.lst");
 const QString DefaultStem = QStringLiteral("New Program ");
+const QString UnfiledStem = QStringLiteral("Unfiled ");
 
 // Whether match equals the first n characters of sequence (all of it when n is longer).
 bool EqualsStart(const QString& match, const QString& sequence, qsizetype n) {
@@ -26,6 +29,7 @@ BackgroundReceive::BackgroundReceive(Session& session, std::unique_ptr<SerialLin
     : QObject(parent), m_session(session), m_line(std::move(line)) {
     connect(m_line.get(), &SerialLine::Comm, this, &BackgroundReceive::OnComm);
     connect(m_line.get(), &SerialLine::LineLost, this, &BackgroundReceive::OnLineLost);
+    connect(m_line.get(), &SerialLine::DeviceMayBeBack, this, &BackgroundReceive::OnDeviceMayBeBack);
 }
 
 BackgroundReceive::~BackgroundReceive() {
@@ -47,11 +51,60 @@ void BackgroundReceive::Start() {
         m_filtered.set(c.unicode() & 0xFF);
     RefreshReceiveList();
     if (m_settings.Enabled)
+        OpenPort(true);
+}
+
+void BackgroundReceive::OpenPort(bool report) {
+    try {
         PreparePort(*m_line, PortSetupFor(TransferKind::Background, m_settings.Port, m_settings.Settings,
                                           m_settings.Handshaking));
+    } catch (const SystemError& e) {
+        if (report)
+            m_session.messages.ShowError(e.text());
+        if (!ParseFraming(m_settings.Settings)) {
+            SetState(BackgroundLineState::Off); // no device will make these settings work
+            return;
+        }
+        SetState(BackgroundLineState::WaitingForDevice);
+        m_line->WatchDevice(true);
+        return;
+    }
+    m_line->WatchDevice(false);
+    SetState(BackgroundLineState::Listening);
+}
+
+void BackgroundReceive::OnDeviceMayBeBack() {
+    // Tried quietly: the operator has been told once that the device is missing.
+    if (m_state == BackgroundLineState::WaitingForDevice)
+        OpenPort(false);
+}
+
+void BackgroundReceive::SetState(BackgroundLineState state) {
+    if (state == m_state)
+        return;
+    m_state = state;
+    Q_EMIT LineStateChanged();
+}
+
+QString BackgroundReceive::LineStateText() const {
+    switch (m_state) {
+    case BackgroundLineState::Listening:
+        return QStringLiteral("Listening on ") + PortName(m_settings.Port);
+    case BackgroundLineState::WaitingForDevice:
+        return QStringLiteral("Waiting for ") + PortName(m_settings.Port);
+    case BackgroundLineState::Off:
+        break;
+    }
+    return QStringLiteral("Background receive off");
 }
 
 void BackgroundReceive::Stop() {
+    m_line->WatchDevice(false);
+    SetState(BackgroundLineState::Off);
+    CloseLine();
+}
+
+void BackgroundReceive::CloseLine() {
     if (m_line->PortOpen())
         m_line->SetPortOpen(false);
     CloseTemp();
@@ -111,7 +164,12 @@ void BackgroundReceive::TakeReceivedText(const QString& chunk) {
             flush();
             CloseTemp();
             m_receiving = false;
-            FileReceivedProgram();
+            try {
+                FileReceivedProgram();
+            } catch (const SystemError& e) {
+                // Nothing received is discarded, and the rest of the chunk goes on.
+                KeepUnfiled(e.text());
+            }
             if (i + 1 < chunk.size())
                 OpenTemp();
         }
@@ -172,31 +230,72 @@ void BackgroundReceive::FileReceivedProgram() {
     const QString target = path + program + QStringLiteral(".prg");
     if (files.Exists(target))
         files.Delete(target);
-    if (header.Found) {
-        LineReader in(files, m_tempPath);
-        TextWriter out(files, target, TextWriter::Mode::Create);
-        while (!in.AtEnd()) {
-            const QString line = TrimBlanks(in.ReadLine());
-            if (!line.isEmpty() && !HoldsHeaderMarker(line))
-                out.WriteLine(line);
+    try {
+        if (header.Found) {
+            LineReader in(files, m_tempPath);
+            TextWriter out(files, target, TextWriter::Mode::Create);
+            while (!in.AtEnd()) {
+                const QString line = TrimBlanks(in.ReadLine());
+                if (!line.isEmpty() && !HoldsHeaderMarker(line))
+                    out.WriteLine(line);
+            }
+            out.Close();
+        } else {
+            files.Copy(m_tempPath, target);
         }
-        out.Close();
-    } else {
-        files.Copy(m_tempPath, target);
+    } catch (const SystemError&) {
+        // A program half written is no program; the whole of it is still in "Receive.tmp".
+        try {
+            if (files.IsFile(target))
+                files.Delete(target);
+        } catch (const SystemError&) {
+        }
+        throw;
     }
 
     QString entry = program + QStringLiteral(" in ") + directory;
     if (g.MachineCount >= 2)
         entry += QStringLiteral(" for ") + description;
-    const bool fresh = !files.IsFile(m_listPath) || files.Length(m_listPath) < 4;
-    TextWriter list(files, m_listPath, fresh ? TextWriter::Mode::Create : TextWriter::Mode::Append);
-    list.WriteLine(entry);
-    list.Close();
+    AddListLine(entry);
 
+    AppendTransferLog(m_session,
+                      {machine, m_settings.Port, program, files.Length(target), QStringLiteral("received")});
     Q_EMIT ProgramFiled(target);
     RefreshReceiveList();
     CloseTemp();
     m_receiving = false;
+}
+
+void BackgroundReceive::AddListLine(const QString& entry) {
+    FileSystem& files = m_session.files;
+    const bool fresh = !files.IsFile(m_listPath) || files.Length(m_listPath) < 4;
+    TextWriter list(files, m_listPath, fresh ? TextWriter::Mode::Create : TextWriter::Mode::Append);
+    list.WriteLine(entry);
+    list.Close();
+}
+
+void BackgroundReceive::KeepUnfiled(const QString& reason) {
+    FileSystem& files = m_session.files;
+    const QString directory = m_session.settings.ProgramPath;
+    QString kept = m_tempPath;
+    try {
+        Int16 n = 1;
+        while (files.Exists(directory + UnfiledStem + NumberText(n) + QStringLiteral(".prg")))
+            ++n;
+        const QString free = directory + UnfiledStem + NumberText(n) + QStringLiteral(".prg");
+        // Renamed, not copied: a full disk cannot stop it.
+        files.Rename(m_tempPath, free);
+        kept = free;
+        AddListLine(LastComponent(kept) + QStringLiteral(" not filed: ") + reason);
+    } catch (const SystemError& e) {
+        qWarning().noquote() << QStringLiteral("Kestrova: %1").arg(e.text());
+    }
+    RefreshReceiveList();
+    AppendTransferLog(m_session,
+                      {m_session.settings.MachineDir, m_settings.Port, LastComponent(kept),
+                       files.IsFile(kept) ? files.Length(kept) : 0, QStringLiteral("failed: ") + reason});
+    m_session.messages.ShowError(reason + QStringLiteral("\nThe Received Program Is Kept In \"") + kept +
+                                 QStringLiteral("\" !"));
 }
 
 void BackgroundReceive::RefreshReceiveList() {
@@ -243,12 +342,16 @@ void BackgroundReceive::OnComm(CommEvent event) {
 
 void BackgroundReceive::OnLineLost(const QString& message) {
     // The line is closed already; the program it was bringing is incomplete and is not filed.
+    // One message says all, and the receive comes back by itself with the device.
+    QString text = message;
     try {
-        Stop();
+        CloseLine();
     } catch (const SystemError& e) {
-        m_session.messages.ShowError(e.text());
+        text += u'\n' + e.text();
     }
-    m_session.messages.ShowError(message);
+    SetState(BackgroundLineState::WaitingForDevice);
+    m_line->WatchDevice(true);
+    m_session.messages.ShowError(text);
 }
 
 } // namespace kestrova

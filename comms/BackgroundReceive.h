@@ -13,6 +13,13 @@
 
 namespace kestrova {
 
+// Where the background line stands, as the status bar shows it.
+enum class BackgroundLineState {
+    Off,              // no background port configured (or its settings are refused)
+    Listening,        // the port is open
+    WaitingForDevice, // the port's device is missing or was lost; it is watched for
+};
+
 // The background receive of the main window: listens on the port that "Kestrova.cms" names
 // for programs a machine control sends on its own, files each one as soon as its trailer has
 // arrived, and keeps the list of received programs ("Receive.lst") that the window shows.
@@ -30,11 +37,13 @@ public:
     BackgroundReceive& operator=(const BackgroundReceive&) = delete;
 
     // Stops any running receive, reads "Kestrova.cms", refreshes the list and, when the
-    // settings enable it, prepares the port and opens it. A port that cannot be set or opened
-    // raises its error after the list has been refreshed; the receive is then off.
+    // settings enable it, prepares the port and opens it. A port that cannot open (its device
+    // missing, in use) is told once, naming it and the reason, and the program goes on: the
+    // line watches for the device and the receive starts listening by itself once it opens.
+    // A settings string the line refuses is told once and leaves the receive off.
     void Start();
     // Closes the port and the temporary file, and deletes "Receive.tmp": a program cut off in
-    // the middle is discarded.
+    // the middle is discarded. The receive is off afterwards, and watches for nothing.
     void Stop();
 
     // A chunk of received characters (one byte per QChar), as the port's event delivers it.
@@ -58,16 +67,33 @@ public:
     [[nodiscard]] const QString& TempPath() const { return m_tempPath; }
     [[nodiscard]] const QString& ListPath() const { return m_listPath; }
     [[nodiscard]] SerialLine& Line() { return *m_line; }
+    [[nodiscard]] BackgroundLineState LineState() const { return m_state; }
+    // The state as the status bar shows it: "Listening on COM2", "Waiting for COM2", or
+    // "Background receive off".
+    [[nodiscard]] QString LineStateText() const;
 
 Q_SIGNALS:
     // The receive list or the frame's visibility changed.
     void ReceiveListChanged();
     // A program was filed: its system path.
     void ProgramFiled(const QString& path);
+    // The line's state changed (see LineState).
+    void LineStateChanged();
 
 private:
     void OnComm(CommEvent event);
     void OnLineLost(const QString& message);
+    void OnDeviceMayBeBack();
+    // Opens the port; on failure tells the operator when report is set, and waits for the device.
+    void OpenPort(bool report);
+    void SetState(BackgroundLineState state);
+    // Closes the port and the temporary file, deleting "Receive.tmp".
+    void CloseLine();
+    // The program in "Receive.tmp" could not be filed for reason: it is kept in a file of its
+    // own in the program directory, listed and told once.
+    void KeepUnfiled(const QString& reason);
+    // Adds a line to "Receive.lst" (created anew when missing or shorter than 4 bytes).
+    void AddListLine(const QString& entry);
     void OpenTemp();
     void CloseTemp();
 
@@ -83,6 +109,7 @@ private:
     std::bitset<256> m_filtered; // the receive filter's characters
     ListModel m_list;
     bool m_frameVisible = false;
+    BackgroundLineState m_state = BackgroundLineState::Off;
 };
 
 } // namespace kestrova

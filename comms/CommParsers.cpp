@@ -10,11 +10,13 @@ namespace kestrova {
 
 namespace {
 
-// The character of a code as it is read from a settings file: codes are bytes, so anything
-// outside 0..255 keeps its low byte, as a single-byte text would hold it.
+// The character of a code as it is read from a settings file. Codes are bytes: one outside
+// 0..255 would stand for another character than the one written, and is refused.
 QChar CodeCharacter(const QString& number) {
     const int code = RoundedNumber(number);
-    return QChar(char16_t(code & 0xFF));
+    if (code < 0 || code > 255)
+        throw OverflowError(QString(), QStringLiteral("character code %1 is not 0 to 255").arg(code));
+    return QChar(char16_t(code));
 }
 
 } // namespace

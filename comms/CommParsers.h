@@ -25,7 +25,7 @@ enum class StartMode { Manual, Auto, Immediate, Event, Dsr, Cts, Any };
 
 // The StartCharacter: "" when the value is empty; the character with the leading number's
 // code when the value starts with a digit ("17" is DC1, "1A" is code 1); else the value's
-// first character.
+// first character. Here and in sequences and lists, a code outside 0..255 is "Overflow".
 [[nodiscard]] QString ParseStartCharacter(const QString& value);
 
 // A character sequence written as count,code pairs: "1,13,1,10" is CR LF, "50,0" fifty NULs.

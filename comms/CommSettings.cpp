@@ -4,6 +4,7 @@
 #include "settings/SettingsLine.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace kestrova {
 
@@ -17,6 +18,23 @@ QString JoinSettings(const QString& baud, const QString& parity, const QString& 
 
 Int16 PortNumber(const QString& value) {
     return Int16::From(RoundedNumber(value));
+}
+
+// Parses the value of line n of the file at path; a value out of range is refused naming both.
+template <typename Parse>
+auto OnLine(const QString& path, int n, const QString& value, Parse parse) {
+    try {
+        return parse(value);
+    } catch (const SystemError& e) {
+        if (!e.subject().isEmpty())
+            throw;
+        ThrowSystemError(e.kind(), path, QStringLiteral("line %1: \"%2\"").arg(n).arg(value));
+    }
+}
+
+// A time in milliseconds clamped to 0..65535, however large the number written.
+int ClampedMilliseconds(const QString& value) {
+    return int(std::clamp(std::nearbyint(LeadingNumber(value)), 0.0, 65535.0));
 }
 
 // The lines both machine-file readers share, 1 to 15.
@@ -34,11 +52,11 @@ struct CommonLines {
     QString receiveFilter;
 };
 
-CommonLines ReadCommonLines(LineReader& in) {
+CommonLines ReadCommonLines(LineReader& in, const QString& path) {
     auto next = [&in] { return ValueOfLine(in.ReadLine()); };
     CommonLines c;
     (void)in.ReadLine(); // the title
-    c.port = PortNumber(next());
+    c.port = OnLine(path, 2, next(), PortNumber);
     const QString baud = next();
     const QString parity = next();
     const QString dataBits = next();
@@ -56,43 +74,45 @@ CommonLines ReadCommonLines(LineReader& in) {
     return c;
 }
 
-void ParseMachineLines(const CommonLines& c, MachineLineSettings& s) {
+void ParseMachineLines(const CommonLines& c, MachineLineSettings& s, const QString& path) {
     s.Port = c.port;
     s.Settings = c.settings;
     s.Handshaking = HandshakeCode(c.handshake);
-    s.StartCharacter = ParseStartCharacter(c.startCharacter);
-    s.Leader = ParseSequence(c.leader);
-    s.LineEnd = ParseSequence(c.lineEnd);
-    s.Trailer = ParseSequence(c.trailer);
-    s.EndSequence = ParseSequence(c.endSequence);
-    s.SendFilter = ParseCharacterList(c.sendFilter);
-    s.ReceiveFilter = ParseCharacterList(c.receiveFilter);
+    s.StartCharacter = OnLine(path, 9, c.startCharacter, ParseStartCharacter);
+    s.Leader = OnLine(path, 10, c.leader, ParseSequence);
+    s.LineEnd = OnLine(path, 11, c.lineEnd, ParseSequence);
+    s.Trailer = OnLine(path, 12, c.trailer, ParseSequence);
+    s.EndSequence = OnLine(path, 13, c.endSequence, ParseSequence);
+    s.SendFilter = OnLine(path, 14, c.sendFilter, ParseCharacterList);
+    s.ReceiveFilter = OnLine(path, 15, c.receiveFilter, ParseCharacterList);
 }
 
 } // namespace
 
 SendSettings ReadSendSettings(const FileSystem& files, const QString& path) {
     LineReader in(files, path);
-    const CommonLines c = ReadCommonLines(in);
+    const CommonLines c = ReadCommonLines(in, path);
     SendSettings s;
-    ParseMachineLines(c, s);
+    ParseMachineLines(c, s, path);
     s.Dtr = HandshakeWantsDtr(c.handshake);
     s.Start = ParseStartMode(c.startMode);
-    (void)in.ReadLine(); // the receive time-out: the send has no use for it
+    // The time-out: how long the end of a send waits for the control to take the rest.
+    s.TimeOut = ClampedMilliseconds(ValueOfLine(in.ReadLine()));
+    int n = 17;
     for (int* pause : {&s.PauseAfterStart, &s.PauseAfterLeader, &s.PauseAfterLine, &s.PauseAfterTrailer}) {
         if (in.AtEnd())
             break;
-        *pause = RoundedNumber(ValueOfLine(in.ReadLine()));
+        *pause = OnLine(path, n++, ValueOfLine(in.ReadLine()), RoundedNumber);
     }
     return s;
 }
 
 ReceiveSettings ReadReceiveSettings(const FileSystem& files, const QString& path) {
     LineReader in(files, path);
-    const CommonLines c = ReadCommonLines(in);
+    const CommonLines c = ReadCommonLines(in, path);
     ReceiveSettings s;
-    ParseMachineLines(c, s);
-    s.ReceiveTimeOut = std::clamp(RoundedNumber(ValueOfLine(in.ReadLine())), 0, 65535);
+    ParseMachineLines(c, s, path);
+    s.ReceiveTimeOut = ClampedMilliseconds(ValueOfLine(in.ReadLine()));
     return s;
 }
 
@@ -112,7 +132,7 @@ BackgroundSettings ReadBackgroundSettings(const FileSystem& files, const QString
         return ValueOfLine(buffer);
     };
     (void)next(); // 1 the title
-    s.Port = PortNumber(next());
+    s.Port = OnLine(path, 2, next(), PortNumber);
     const QString baud = next();
     const QString parity = next();
     const QString dataBits = next();
@@ -121,10 +141,10 @@ BackgroundSettings ReadBackgroundSettings(const FileSystem& files, const QString
     s.Handshaking = HandshakeCode(next());
     for (int line = 8; line <= 11; ++line)
         (void)next();
-    s.Trailer = ParseSequence(next());
-    s.EndSequence = ParseSequence(next());
+    s.Trailer = OnLine(path, 12, next(), ParseSequence);
+    s.EndSequence = OnLine(path, 13, next(), ParseSequence);
     (void)next(); // 14 the send filter
-    s.ReceiveFilter = ParseCharacterList(next());
+    s.ReceiveFilter = OnLine(path, 15, next(), ParseCharacterList);
     (void)next(); // 16 the receive time-out
     (void)next(); // 17 the pause after the start
     s.Enabled = s.Port >= 1;

@@ -32,6 +32,9 @@ struct SendSettings : MachineLineSettings {
     int PauseAfterLeader = 0;
     int PauseAfterLine = 0;
     int PauseAfterTrailer = 0;
+    // Line 16, milliseconds (0..65535): how long the end of a send waits for the control to take
+    // what is still on its way; 0 leaves the engine's own limit.
+    int TimeOut = 0;
 };
 
 // What the receive form keeps.

@@ -130,6 +130,7 @@ void GeneralReceive::Run(FileSystem& files, const QString& name, const QString& 
             d.Chars = QString::number(m_characterCount);
             d.CharsVisible = true;
             Publish(d);
+            m_rate.Start();
         }
         RestartTimeOut();
         const QString waiting = m_line.Input();
@@ -170,6 +171,8 @@ void GeneralReceive::Run(FileSystem& files, const QString& name, const QString& 
                 out->Write(written);
                 ++m_characterCount;
                 d.Chars = QString::number(m_characterCount);
+                if (const std::optional<QString> rate = m_rate.Update(m_characterCount, 0))
+                    d.Rate = *rate;
                 Publish(d);
             }
             if (!trailer.isEmpty() && trailerMatch == trailer) {

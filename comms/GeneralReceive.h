@@ -1,6 +1,7 @@
 #pragma once
 
 #include "comms/CommSettings.h"
+#include "comms/TransferRate.h"
 #include "platform/FileSystem.h"
 #include "platform/SerialLine.h"
 
@@ -19,6 +20,7 @@ struct ReceiveDisplay {
     QString Chars; // ReceiveChars: the characters stored so far
     bool CharsVisible = false;
     bool AbortVisible = false; // ReceiveAbrt, the cancel button (Esc) and focused while it shows
+    QString Rate;              // bytes so far and bytes per second (ReceiveRate)
 
     friend bool operator==(const ReceiveDisplay&, const ReceiveDisplay&) = default;
 };
@@ -79,6 +81,7 @@ private:
     qint32 m_characterCount = 0;
     QString m_lostMessage;
     ReceiveDisplay m_display;
+    TransferRate m_rate;
 };
 
 } // namespace kestrova

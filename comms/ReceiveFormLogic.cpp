@@ -1,5 +1,6 @@
 #include "comms/ReceiveFormLogic.h"
 
+#include "comms/TransferLog.h"
 #include "filestore/KeyFilter.h"
 #include "filestore/LastFile.h"
 #include "filestore/Listings.h"
@@ -86,9 +87,21 @@ ReceiveOkOutcome ReceiveFormLogic::ReceiveOk_Click(const QString& nameText) {
         messages.Report(DialogueNotSupported);
         return ReceiveOkOutcome::Close;
     }
-    m_receive.Run(files, name, m_tempPath);
+    TransferRecord record{g.CommsMachineDir, m_receive.Settings().Port, name, 0, QStringLiteral("received")};
+    try {
+        m_receive.Run(files, name, m_tempPath);
+    } catch (const SystemError& e) {
+        record.Result = QStringLiteral("failed: ") + e.text();
+        AppendTransferLog(m_session, record);
+        throw;
+    }
+    record.Bytes = files.IsFile(m_tempPath) ? files.Length(m_tempPath) : 0;
 
     if (!files.IsFile(m_tempPath) || m_receive.Aborted()) {
+        record.Result = m_receive.LostMessage().isEmpty()
+                            ? QStringLiteral("aborted")
+                            : QStringLiteral("failed: ") + m_receive.LostMessage();
+        AppendTransferLog(m_session, record);
         // A lost line has its own message, naming the port; the operator sees that one only.
         if (!m_receive.LostMessage().isEmpty())
             messages.ShowError(m_receive.LostMessage());
@@ -99,14 +112,25 @@ ReceiveOkOutcome ReceiveFormLogic::ReceiveOk_Click(const QString& nameText) {
         return ReceiveOkOutcome::Close;
     }
 
-    if (files.Exists(target))
-        files.Delete(target);
     if (files.IsFile(m_tempPath)) {
-        files.Copy(m_tempPath, target);
+        try {
+            if (files.Exists(target))
+                files.Delete(target);
+            files.Copy(m_tempPath, target);
+        } catch (const SystemError& e) {
+            record.Result = QStringLiteral("failed: ") + e.text();
+            AppendTransferLog(m_session, record);
+            // The program is not lost: it stays in the temporary file, and the operator is told
+            // where, so that it can be saved before the next receive replaces it.
+            messages.ShowError(e.text() + QStringLiteral("\nThe Program Is Kept In ") + Quoted(m_tempPath) +
+                               QStringLiteral(" !"));
+            return ReceiveOkOutcome::Close;
+        }
         files.Delete(m_tempPath);
         if (g.CommsMachineDir.compare(g.MachineDir, Qt::CaseInsensitive) == 0 && !ExecutiveMode())
             RememberLastFile(m_session, g.CommsDirectory, name);
     }
+    AppendTransferLog(m_session, record);
     messages.Report(Quoted(name) + QStringLiteral(" Received !"));
     return ReceiveOkOutcome::Close;
 }

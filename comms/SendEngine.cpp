@@ -22,6 +22,9 @@ constexpr int DrainTickMs = 1;
 // then it waits on the event loop with the drain tick, never blocking the user interface longer.
 constexpr unsigned long FirstSleepUs = 20;
 constexpr unsigned long LastSleepUs = 640;
+// How long the end of a send waits, without any character leaving, for the control to take the
+// rest, when the settings give no time-out of their own.
+constexpr int DefaultDrainLimitMs = 30000;
 
 constexpr char16_t Lf = 10;
 constexpr char16_t Cr = 13;
@@ -79,6 +82,7 @@ SendEnd SendEngine::SendProgram(const FileSystem& files, const QString& director
     m_started = false;
     m_aborted = false;
     m_lostMessage.clear();
+    m_undrained = 0;
     // The program is read before the line is touched: a file that cannot be read costs the
     // control no leader.
     const QByteArray text = ReadAllBytes(files, path);
@@ -123,6 +127,7 @@ SendEnd SendEngine::SendProgram(const FileSystem& files, const QString& director
     m_pause.Pause(m_settings.PauseAfterStart);
     p.BarVisible = true;
     Publish(p);
+    m_rate.Start();
 
     SendHeaderOrLeader(directory, program);
     m_pause.Pause(m_settings.PauseAfterLeader);
@@ -134,10 +139,16 @@ SendEnd SendEngine::SendProgram(const FileSystem& files, const QString& director
     m_phase = SendPhase::Trailer;
     SendText(m_settings.Trailer);
     m_pause.Pause(m_settings.PauseAfterTrailer);
+    // The port closes only once everything written has left: the control may still hold the
+    // last characters back with XOFF.
+    if (!m_aborted)
+        WaitForDrain();
 
     if (!m_lostMessage.isEmpty())
         return SendEnd::LineLost;
-    return m_aborted ? SendEnd::Aborted : SendEnd::Sent;
+    if (m_aborted)
+        return SendEnd::Aborted;
+    return m_undrained > 0 ? SendEnd::Undrained : SendEnd::Sent;
 }
 
 void SendEngine::Finish() {
@@ -153,6 +164,7 @@ void SendEngine::Finish() {
     p.BarVisible = false;
     p.Steps = 0;
     p.Percent = 0;
+    p.Rate.clear();
     Publish(p);
 }
 
@@ -192,14 +204,16 @@ void SendEngine::SendFileText(const QByteArray& text, qint64 count) {
             SendText(QString(QChar(c)));
         }
         ++read;
+        SendProgress p = m_progress;
+        if (const std::optional<QString> rate = m_rate.Update(read, count))
+            p.Rate = *rate;
         const int next = scale.StepsAfter(read, steps);
         if (next != steps) {
             steps = next;
-            SendProgress p = m_progress;
             p.Steps = steps;
             p.Percent = scale.PercentOf(steps);
-            Publish(p);
         }
+        Publish(p);
     }
 }
 
@@ -224,13 +238,48 @@ void SendEngine::WaitForRoom() {
         m_room = OutputLimit - m_line.OutBufferCount();
         if (m_room > 0)
             break;
-        if (sleepUs <= LastSleepUs) {
+        if (m_line.OutputHeld()) {
+            // Held by the control (for as long as a tool change takes): only its XON, the
+            // operator's abort or a lost line can change anything, and each is an event.
+            m_drainTick.stop();
+            WaitForEvent();
+        } else if (sleepUs <= LastSleepUs) {
             QThread::usleep(sleepUs);
             sleepUs *= 2;
         } else {
             m_drainTick.start();
             WaitForEvent();
         }
+    }
+    m_drainTick.stop();
+}
+
+void SendEngine::WaitForDrain() {
+    const int limitMs = m_settings.TimeOut > 0 ? m_settings.TimeOut : DefaultDrainLimitMs;
+    QTimer limit;
+    limit.setSingleShot(true);
+    int last = -1;
+    for (;;) {
+        LetEventsRun();
+        if (m_aborted)
+            break;
+        m_undrained = m_line.OutBufferCount();
+        if (m_undrained == 0)
+            break;
+        // The limit counts from the last character that left: a slow line is never cut off.
+        if (m_undrained != last) {
+            last = m_undrained;
+            limit.start(limitMs);
+        } else if (!limit.isActive()) {
+            break;
+        }
+        // What the device itself still holds leaves without an event; what XOFF holds waits
+        // for the XON, which is one.
+        if (m_line.OutputHeld())
+            m_drainTick.stop();
+        else
+            m_drainTick.start();
+        WaitForEvent();
     }
     m_drainTick.stop();
 }

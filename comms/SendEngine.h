@@ -4,6 +4,7 @@
 #include "comms/CommSettings.h"
 #include "comms/Pause.h"
 #include "comms/SendProgress.h"
+#include "comms/TransferRate.h"
 #include "platform/FileSystem.h"
 #include "platform/SerialLine.h"
 
@@ -33,9 +34,10 @@ enum class SendPhase : int { Idle = 0, Waiting = 1, Transmitting = 2, Trailer = 
 
 // How a transmission ended.
 enum class SendEnd {
-    Sent,     // the whole program and its trailer went out
-    Aborted,  // the operator aborted, or the control reported a break or time-out
-    LineLost, // the line hung up or failed; LostMessage() names the port
+    Sent,      // the whole program and its trailer went out
+    Aborted,   // the operator aborted, or the control reported a break or time-out
+    LineLost,  // the line hung up or failed; LostMessage() names the port
+    Undrained, // everything was written, but Undrained() characters never left the line
 };
 
 // Sends NC programs to a machine control over one serial line: waits for the control's start
@@ -89,6 +91,8 @@ public:
     [[nodiscard]] const SendProgress& Progress() const { return m_progress; }
     // The message of the last line loss, naming the port; empty when the line held.
     [[nodiscard]] const QString& LostMessage() const { return m_lostMessage; }
+    // How many characters had not left the line when the last send ended.
+    [[nodiscard]] int Undrained() const { return m_undrained; }
 
 Q_SIGNALS:
     // The progress changed: the form mirrors Progress().
@@ -107,6 +111,9 @@ private:
     void LetEventsRunBetweenCharacters();
     // Waits until fewer than 64 characters wait to go out, or the send is aborted.
     void WaitForRoom();
+    // Waits until everything written has left the line, the send is aborted, or nothing has left
+    // for the settings' time-out; what is still waiting then is Undrained().
+    void WaitForDrain();
     // Sleeps until the next event and lets it run.
     static void WaitForEvent();
     void Finish();
@@ -120,7 +127,9 @@ private:
     bool m_started = false;
     bool m_aborted = false;
     QString m_lostMessage;
+    int m_undrained = 0;
     SendProgress m_progress;
+    TransferRate m_rate;
     // Wakes a wait for the output to drain: what the device still holds leaves without an event.
     QTimer m_drainTick;
     std::chrono::microseconds m_eventSlice{1000};

@@ -1,6 +1,7 @@
 #include "comms/SendFormLogic.h"
 
 #include "comms/ReceiveFormLogic.h"
+#include "comms/TransferLog.h"
 #include "filestore/Listings.h"
 #include "filestore/Names.h"
 #include "platform/Blanks.h"
@@ -99,13 +100,37 @@ void SendFormLogic::SendOk_Click(const QStringList& names) {
     for (const QString& name : names) {
         const QString path = directory + name + QStringLiteral(".prg");
         const qint64 count = m_session.files.Length(path);
-        const SendEnd end = m_engine.SendProgram(m_session.files, g.CommsDirectory, name, path, count);
+        TransferRecord record{g.CommsMachineDir, m_engine.Settings().Port, name, count,
+                              QStringLiteral("sent")};
+        SendEnd end = SendEnd::Sent;
+        try {
+            end = m_engine.SendProgram(m_session.files, g.CommsDirectory, name, path, count);
+        } catch (const SystemError& e) {
+            record.Result = QStringLiteral("failed: ") + e.text();
+            AppendTransferLog(m_session, record);
+            throw;
+        }
+        if (end == SendEnd::Aborted)
+            record.Result = QStringLiteral("aborted");
+        else if (end == SendEnd::LineLost)
+            record.Result = QStringLiteral("failed: ") + m_engine.LostMessage();
+        else if (end == SendEnd::Undrained)
+            record.Result = QStringLiteral("failed: %1 characters did not leave").arg(m_engine.Undrained());
+        AppendTransferLog(m_session, record);
         if (end == SendEnd::LineLost) {
             messages.ShowError(m_engine.LostMessage());
             return;
         }
         if (end == SendEnd::Aborted)
             return; // the operator's abort ends the run, silently
+        if (end == SendEnd::Undrained) {
+            messages.Report(
+                QStringLiteral("\"%1\" Was Not Sent Completely: %2 Characters Did Not Leave \"%3\" !")
+                    .arg(name)
+                    .arg(m_engine.Undrained())
+                    .arg(PortName(m_engine.Settings().Port)));
+            return;
+        }
     }
 }
 

@@ -15,6 +15,7 @@ struct SendProgress {
     bool BarVisible = false;
     bool ForceVisible = false; // SendFrc, the default button while it shows
     bool AbortVisible = false; // SendAbrt, the cancel button (Esc) while it shows
+    QString Rate;              // bytes so far, bytes per second and time left (SendRate)
 
     friend bool operator==(const SendProgress&, const SendProgress&) = default;
 };

@@ -2,9 +2,8 @@
 
 #include "platform/Errors.h"
 
-#include <QDeadlineTimer>
+#include <QFileInfo>
 #include <QScopeGuard>
-#include <QThread>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
@@ -17,6 +16,8 @@ namespace {
 constexpr char Xon = 17;
 constexpr char Xoff = 19;
 constexpr int ModemPollMs = 50;
+// A device that may come back is looked for this often, besides its directory's changes.
+constexpr int DeviceRetryMs = 1000;
 
 // Whether an open descriptor is the slave side of a pseudo-terminal (majors 136 to 143).
 bool IsPseudoTerminal(int fd) {
@@ -30,8 +31,11 @@ bool IsPseudoTerminal(int fd) {
 } // namespace
 
 QtSerialLine::QtSerialLine(DeviceMap devices, QObject* parent)
-    : SerialLine(parent), m_devices(std::move(devices)), m_port(this), m_modemPoll(this) {
+    : SerialLine(parent), m_devices(std::move(devices)), m_port(this), m_modemPoll(this),
+      m_deviceRetry(this) {
     m_modemPoll.setInterval(ModemPollMs);
+    m_deviceRetry.setInterval(DeviceRetryMs);
+    connect(&m_deviceRetry, &QTimer::timeout, this, &SerialLine::DeviceMayBeBack);
     connect(&m_modemPoll, &QTimer::timeout, this, &QtSerialLine::PollModemLines);
     connect(&m_port, &QSerialPort::readyRead, this, &QtSerialLine::OnReadyRead);
     connect(&m_port, &QSerialPort::bytesWritten, this, &QtSerialLine::OnBytesWritten);
@@ -92,9 +96,25 @@ void QtSerialLine::Open() {
     }
 }
 
+void QtSerialLine::WatchDevice(bool on) {
+    delete m_watcher;
+    m_watcher = nullptr;
+    m_deviceRetry.stop();
+    if (!on)
+        return;
+    // The directory is where a USB adapter's node or a link to it appears; some directories
+    // (a pseudo-terminal's) report nothing, and the look every second covers them.
+    const QString directory = QFileInfo(Device()).absolutePath();
+    m_watcher = new QFileSystemWatcher(this);
+    if (QFileInfo(directory).isDir())
+        m_watcher->addPath(directory);
+    connect(m_watcher, &QFileSystemWatcher::directoryChanged, this, &SerialLine::DeviceMayBeBack);
+    m_deviceRetry.start();
+}
+
 void QtSerialLine::Close() {
     m_modemPoll.stop();
-    Drain();
+    FlushWithoutWaiting();
     if (m_port.isOpen())
         m_port.close();
     m_input.clear();
@@ -167,11 +187,18 @@ void QtSerialLine::PropertyChanged(const char* name) {
 }
 
 void QtSerialLine::SetInBufferCount(int count) {
-    if (count == 0) {
-        m_input.clear();
-        if (m_port.isOpen())
-            m_port.clear(QSerialPort::Input);
+    if (count != 0)
+        return;
+    // An XOFF or XON may wait in the kernel's queue unread: it is taken first (without
+    // waiting), and only what has been examined is dropped.
+    if (m_port.isOpen() && !m_lost) {
+        m_discarding = true;
+        const auto done = qScopeGuard([this] { m_discarding = false; });
+        (void)m_port.waitForReadyRead(0);
+        if (m_port.isOpen() && !m_lost)
+            (void)TakeArrived();
     }
+    m_input.clear();
 }
 
 void QtSerialLine::SetOutBufferCount(int count) {
@@ -215,27 +242,20 @@ void QtSerialLine::Output(const QString& text) {
     m_port.write(bytes);
 }
 
-void QtSerialLine::Drain() {
-    if (!m_port.isOpen() || m_lost)
-        return;
-    // Bytes held back by an XOFF are sent only when the far end allows; a drain does not wait
-    // for that. What is queued gets as long as the line needs for it, and two seconds more.
-    const std::optional<LineFraming> f = ParseFraming(Settings());
-    const int baud = f ? f->baud : 9600;
-    const qint64 pending = m_port.bytesToWrite() + KernelOutputCount();
-    QDeadlineTimer deadline(2000 + pending * 11 * 1000 / qMax(baud, 1));
-    while (m_port.isOpen() && m_port.bytesToWrite() > 0 && !deadline.hasExpired())
-        m_port.waitForBytesWritten(int(qMax<qint64>(1, deadline.remainingTime())));
-    if (!m_port.isOpen())
-        return;
-    // The kernel's own queue: ask it to drain, without letting a stuck line hold us for long.
-    while (KernelOutputCount() > 0 && !deadline.hasExpired())
-        QThread::msleep(5);
+void QtSerialLine::FlushWithoutWaiting() {
+    // What Qt still queues goes to the kernel as far as it takes it now; nothing waits here.
+    if (m_port.isOpen() && !m_lost && !m_xoff)
+        m_port.flush();
 }
 
 void QtSerialLine::OnReadyRead() {
     if (m_lost)
         return;
+    if (TakeArrived() && !m_discarding && RThreshold() > 0 && m_input.size() >= RThreshold())
+        Q_EMIT Comm(CommEvent::Receive);
+}
+
+bool QtSerialLine::TakeArrived() {
     QByteArray data = m_port.readAll();
     if (Handshaking() & 1) {
         bool changed = false;
@@ -259,10 +279,9 @@ void QtSerialLine::OnReadyRead() {
     if (NullDiscard())
         data.removeIf([](char c) { return c == '\0'; });
     if (data.isEmpty())
-        return;
+        return false;
     m_input += data;
-    if (RThreshold() > 0 && m_input.size() >= RThreshold())
-        Q_EMIT Comm(CommEvent::Receive);
+    return true;
 }
 
 void QtSerialLine::OnBytesWritten() {

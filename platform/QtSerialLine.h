@@ -4,6 +4,7 @@
 #include "platform/SerialLine.h"
 
 #include <QByteArray>
+#include <QFileSystemWatcher>
 #include <QSerialPort>
 #include <QTimer>
 
@@ -17,8 +18,12 @@ namespace kestrova {
 //   ignore it in their drivers): an XOFF received holds the output back until an XON, and
 //   neither reaches the input buffer. RTS/CTS is left to the device.
 // - OutBufferCount counts what is held back, what Qt still queues and what the kernel still
-//   holds (TIOCOUTQ). Closing waits, within a bound that the baud rate sets, until all of it
-//   has left, so that the last characters are not cut off.
+//   holds (TIOCOUTQ). Closing never blocks: what XOFF still holds back is lost then, so a
+//   transfer waits (on the event loop) for OutBufferCount to reach 0 before it closes.
+// - Emptying the input buffer drops only what has been read and examined for XON and XOFF; the
+//   kernel's queue is read first, never thrown away, so no flow control is eaten.
+// - While the device is watched for (WatchDevice), its directory is watched and looked at
+//   again every second, and DeviceMayBeBack raised.
 // - CTS, DSR and CD are polled while the port is open where the device reports them;
 //   pseudo-terminals refuse modem-line requests, and that refusal is harmless.
 // - The first hang-up, read error or removed device closes the port and raises LineLost once.
@@ -42,6 +47,8 @@ public:
     void Output(const QString& text) override;
     [[nodiscard]] bool CTSHolding() const override { return m_cts; }
     [[nodiscard]] bool DSRHolding() const override { return m_dsr; }
+    [[nodiscard]] bool OutputHeld() const override { return m_port.isOpen() && m_xoff; }
+    void WatchDevice(bool on) override;
 
     // The host device the current CommPort stands for.
     [[nodiscard]] QString Device() const { return m_devices.PortDevice(CommPort()); }
@@ -54,7 +61,10 @@ private:
     void Close();
     void ApplyFraming();
     void ApplyFlowAndLines();
-    void Drain();
+    void FlushWithoutWaiting();
+    // Moves what the port has received into the input buffer, doing XON/XOFF on the way;
+    // true when anything reached the buffer.
+    bool TakeArrived();
     void OnReadyRead();
     void OnBytesWritten();
     void OnError(QSerialPort::SerialPortError error);
@@ -65,6 +75,8 @@ private:
     DeviceMap m_devices;
     QSerialPort m_port;
     QTimer m_modemPoll;
+    QFileSystemWatcher* m_watcher = nullptr; // the device's directory, while watched
+    QTimer m_deviceRetry;
     QByteArray m_input;
     QByteArray m_held; // output held back by an XOFF
     bool m_xoff = false;
@@ -76,6 +88,7 @@ private:
     QString m_refusal;          // and why
     bool m_configuring = false; // errors now are refusals of the set-up, not a lost line
     bool m_pseudoTerminal = false;
+    bool m_discarding = false; // the input is being emptied: what arrives meanwhile raises nothing
 };
 
 } // namespace kestrova

@@ -94,12 +94,23 @@ public:
     [[nodiscard]] virtual bool CTSHolding() const = 0;
     [[nodiscard]] virtual bool DSRHolding() const = 0;
 
+    // --- Flow control and the device ---------------------------------------------------------
+    // The far end's XOFF holds the output back: nothing leaves until its XON, and a close now
+    // would lose what waits. A wait for room or for the output to drain sleeps on the line's
+    // events then, not on a clock.
+    [[nodiscard]] virtual bool OutputHeld() const { return false; }
+    // While on, DeviceMayBeBack is raised whenever the port's device may have appeared (the
+    // host line watches the device's directory, and looks again every second or more).
+    virtual void WatchDevice(bool on) { Q_UNUSED(on); }
+
 Q_SIGNALS:
     // The line's event, on the user-interface thread.
     void Comm(kestrova::CommEvent event);
     // The line hung up, failed or lost its device: the port is already closed. Raised once per
     // opening; the text names the port and the reason, ready for the operator.
     void LineLost(const QString& message);
+    // The port's device may be there again (see WatchDevice); an opening may now succeed.
+    void DeviceMayBeBack();
 
 protected:
     // Called after a set-up property changed, so that an open port can take the new value.

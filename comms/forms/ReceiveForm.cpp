@@ -55,6 +55,10 @@ void ReceiveForm::BuildControls() {
     m_receiveChars->setReadOnly(true);
     m_receiveChars->setAlignment(Qt::AlignCenter);
 
+    m_receiveRate = new QLabel(this);
+    m_receiveRate->setObjectName(QStringLiteral("ReceiveRate"));
+    m_receiveRate->setAlignment(Qt::AlignCenter);
+
     m_receiveOk = Button(this, QStringLiteral("ReceiveOk"), QStringLiteral("OK"));
     m_receiveOk->setDefault(true);
     m_receiveCncl = Button(this, QStringLiteral("ReceiveCncl"), QStringLiteral("Cancel"));
@@ -69,10 +73,12 @@ void ReceiveForm::BuildControls() {
     layout->addWidget(m_directoryFrame);
     layout->addWidget(m_receiveLabel);
     layout->addWidget(m_receiveChars);
+    layout->addWidget(m_receiveRate);
     layout->addLayout(buttons);
     layout->setSizeConstraint(QLayout::SetFixedSize); // shrinks to the progress layout
 
-    connect(m_directoryList, &QListWidget::itemClicked, this, &ReceiveForm::DirectoryList_Click);
+    // The directory is the list's current one, however it was chosen: click, arrows, typing.
+    connect(m_directoryList, &QListWidget::currentRowChanged, this, &ReceiveForm::DirectoryList_Click);
     connect(m_receiveOk, &QPushButton::clicked, this, &ReceiveForm::ReceiveOk_Click);
     connect(m_receiveCncl, &QPushButton::clicked, this, &QDialog::reject);
     connect(m_receiveAbrt, &QPushButton::clicked, this, [this] { m_receive->ReceiveAbrt_Click(); });
@@ -112,6 +118,8 @@ void ReceiveForm::ShowDisplay() {
     m_receiveLabel->setVisible(d.LabelVisible);
     m_receiveChars->setText(d.Chars);
     m_receiveChars->setVisible(d.CharsVisible);
+    m_receiveRate->setText(d.Rate);
+    m_receiveRate->setVisible(!d.Rate.isEmpty());
     const bool abortWasHidden = m_receiveAbrt->isHidden();
     m_receiveAbrt->setVisible(d.AbortVisible);
     m_receiveOk->setDefault(d.EntryVisible);

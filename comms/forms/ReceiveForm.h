@@ -1,8 +1,8 @@
 #pragma once
 
-#include "comms/forms/TransferDialog.h"
 #include "comms/GeneralReceive.h"
 #include "comms/ReceiveFormLogic.h"
+#include "comms/forms/TransferDialog.h"
 
 #include <memory>
 
@@ -48,6 +48,7 @@ private:
     QPushButton* m_receiveAbrt = nullptr;
     QLabel* m_receiveLabel = nullptr;
     QLineEdit* m_receiveChars = nullptr;
+    QLabel* m_receiveRate = nullptr;
 };
 
 } // namespace kestrova

@@ -61,6 +61,9 @@ void SendForm::BuildControls() {
     m_sendLabel = new QLabel(this);
     m_sendLabel->setObjectName(QStringLiteral("SendLabel"));
     m_sendLabel->setAlignment(Qt::AlignCenter);
+    m_sendRate = new QLabel(this);
+    m_sendRate->setObjectName(QStringLiteral("SendRate"));
+    m_sendRate->setAlignment(Qt::AlignCenter);
     m_progress = new QProgressBar(this);
     m_progress->setObjectName(QStringLiteral("SendProgress"));
     m_progress->setRange(0, 100);
@@ -80,10 +83,12 @@ void SendForm::BuildControls() {
     layout->addWidget(m_choices);
     layout->addWidget(m_sendLabel);
     layout->addWidget(m_progress);
+    layout->addWidget(m_sendRate);
     layout->addLayout(buttons);
 
     connect(m_machineCombo, &QComboBox::activated, this, &SendForm::MachineCombo_Click);
-    connect(m_directoryList, &QListWidget::itemClicked, this, &SendForm::DirectoryList_Click);
+    // The directory is the list's current one, however it was chosen: click, arrows, typing.
+    connect(m_directoryList, &QListWidget::currentRowChanged, this, &SendForm::DirectoryList_Click);
     connect(m_sendOk, &QPushButton::clicked, this, &SendForm::SendOk_Click);
     connect(m_sendCncl, &QPushButton::clicked, this, &QDialog::reject);
     connect(m_sendSrch, &QPushButton::clicked, this, &SendForm::SendSrch_Click);
@@ -157,6 +162,8 @@ void SendForm::ShowProgress() {
     m_sendLabel->setVisible(p.LabelVisible);
     m_progress->setValue(p.Percent);
     m_progress->setVisible(p.BarVisible);
+    m_sendRate->setText(p.Rate);
+    m_sendRate->setVisible(!p.Rate.isEmpty());
     const bool forceWasVisible = !m_sendFrc->isHidden();
     m_sendFrc->setVisible(p.ForceVisible);
     m_sendAbrt->setVisible(p.AbortVisible);

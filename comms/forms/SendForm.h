@@ -1,8 +1,8 @@
 #pragma once
 
-#include "comms/forms/TransferDialog.h"
 #include "comms/SendEngine.h"
 #include "comms/SendFormLogic.h"
+#include "comms/forms/TransferDialog.h"
 
 #include <memory>
 
@@ -54,6 +54,7 @@ private:
     QPushButton* m_sendAbrt = nullptr;
     QPushButton* m_sendSrch = nullptr;
     QLabel* m_sendLabel = nullptr;
+    QLabel* m_sendRate = nullptr;
     QProgressBar* m_progress = nullptr;
     QWidget* m_choices = nullptr;
 };

@@ -1,12 +1,11 @@
 // Take received text must file the same programs however the byte stream is cut into chunks:
-// every single cut point and many random cuttings of one stream holding several programs.
+// in one piece, a character at a time, and cut once at every point of a stream of several programs.
 #include "InstallationFixture.h"
 #include "ScriptedSerialLine.h"
 #include "TestApplication.h"
 #include "comms/BackgroundReceive.h"
 #include "settings/SettingsFile.h"
 
-#include <QRandomGenerator>
 #include <gtest/gtest.h>
 #include <set>
 
@@ -137,19 +136,6 @@ TEST_F(ChunkBoundaries, OneChunkAndEveryCharacterAlone) {
 TEST_F(ChunkBoundaries, EverySingleCutPoint) {
     for (int cut = 1; cut < stream.size(); ++cut) {
         Check({cut});
-        if (HasFatalFailure())
-            return;
-    }
-}
-
-TEST_F(ChunkBoundaries, RandomCuttings) {
-    QRandomGenerator random(20261121); // fixed, so that a failure can be repeated
-    for (int run = 0; run < 300; ++run) {
-        std::set<int> cuts;
-        const int count = 1 + int(random.bounded(24));
-        for (int i = 0; i < count; ++i)
-            cuts.insert(1 + int(random.bounded(int(stream.size()) - 1)));
-        Check(cuts);
         if (HasFatalFailure())
             return;
     }

@@ -171,6 +171,52 @@ TEST_F(CommSettingsFiles, PortBeyondSixteenBitsIsOverflow) {
     EXPECT_THROW((void)ReadSendSettings(fx.Files(), machineFile), OverflowError);
 }
 
+TEST_F(CommSettingsFiles, NumbersOutOfRangeClampOrAreRefusedNamingTheLine) {
+    // The receive time-out clamps whatever its size; a character code outside 0..255 would turn
+    // silently into another character, so it is refused, naming the file and the line.
+    struct Case {
+        int line; // 1-based
+        QString value;
+        int timeOut; // expected, when accepted
+        bool refused;
+    };
+    const Case cases[] = {
+        {16, "1e12", 65535, false}, {16, "-1e12", 0, false}, {16, "4294967296", 65535, false},
+        {9, "273", 0, true},        {10, "3,256", 0, true},  {12, "1,-1", 0, true},
+        {14, "127,300", 0, true},   {15, "0,255", 0, false},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.value.toStdString());
+        QStringList lines = SixteenLines;
+        lines[c.line - 1] = c.value;
+        fx.WriteLines(machineFile, Labelled(lines));
+        for (const bool send : {false, true}) {
+            try {
+                if (send) {
+                    (void)ReadSendSettings(fx.Files(), machineFile);
+                } else {
+                    EXPECT_EQ(ReadReceiveSettings(fx.Files(), machineFile).ReceiveTimeOut, c.timeOut);
+                }
+                EXPECT_FALSE(c.refused) << "taken";
+            } catch (const SystemError& e) {
+                EXPECT_TRUE(c.refused) << e.text().toStdString();
+                EXPECT_EQ(e.subject(), machineFile);
+                EXPECT_TRUE(e.text().contains(QStringLiteral("line %1").arg(c.line)))
+                    << e.text().toStdString();
+            }
+        }
+    }
+    fx.WriteLines("C:\\Kestrova\\Kestrova.cms",
+                  {"Title", "2", "9600", "E", "7", "2", "XON", "", "", "", "", "1,37", "", "", "0,999", "0"});
+    try {
+        (void)ReadBackgroundSettings(fx.Files(), QStringLiteral("C:\\Kestrova\\"));
+        ADD_FAILURE() << "code 999 taken";
+    } catch (const SystemError& e) {
+        EXPECT_EQ(e.subject(), "C:\\Kestrova\\Kestrova.cms");
+        EXPECT_TRUE(e.text().contains("line 15")) << e.text().toStdString();
+    }
+}
+
 class BackgroundSettingsFile : public CommSettingsFiles {
 protected:
     const QString cms = QStringLiteral("C:\\Kestrova\\Kestrova.cms");

@@ -1,6 +1,7 @@
 #include "comms/GeneralReceive.h"
 
 #include "EventScript.h"
+#include "FaultInjector.h"
 #include "InstallationFixture.h"
 #include "ScriptedSerialLine.h"
 #include "TestApplication.h"
@@ -197,6 +198,18 @@ TEST_F(ReceiveFormLogicTest, NothingReceivedAndTheDialogueControls) {
     fx.Settings().ReceiveOperation = 0;
     EXPECT_EQ(logic.ReceiveOk_Click("P8"), ReceiveOkOutcome::Close);
     EXPECT_TRUE(fx.Messages().Log().isEmpty());
+}
+
+TEST_F(ReceiveFormLogicTest, AProgramThatCannotBeStoredIsNamedWhereItIs) {
+    FaultInjector faults(fx.Files());
+    faults.Fail(FileStep::Write, "P9.prg", ENOSPC, 1, true);
+    FeedWhenWaiting({"G1\n%"});
+    EXPECT_EQ(logic.ReceiveOk_Click("P9"), ReceiveOkOutcome::Close);
+    EXPECT_EQ(fx.Read(Temp), "G1\r\n%");
+    ASSERT_EQ(fx.Messages().Texts().size(), 1);
+    EXPECT_TRUE(fx.Messages().Texts().first().contains("Disk full"));
+    EXPECT_TRUE(fx.Messages().Texts().first().contains("\"C:\\Kestrova\\Commstmp.prg\""))
+        << fx.Messages().Texts().first().toStdString();
 }
 
 } // namespace

@@ -25,6 +25,15 @@ using namespace kestrova::testing;
 
 namespace {
 
+// Shows a form and moves in its directory list with the keys alone.
+void ChooseDirectory(QDialog& form, const std::vector<Qt::Key>& keys) {
+    form.show();
+    auto* directories = form.findChild<QListWidget*>("DirectoryList");
+    directories->setFocus();
+    for (Qt::Key key : keys)
+        QTest::keyClick(directories, key);
+}
+
 class TransferForms : public ::testing::Test {
 protected:
     TransferForms() { fx.Load(); }
@@ -112,13 +121,15 @@ TEST_F(TransferForms, TheReceiveFormStoresWhatArrives) {
     EXPECT_EQ(fx.Messages().Texts(), QStringList{"\"P9\" Received !"});
 }
 
-// Every file below a host directory but the last-file memory, which a receive rewrites.
+// Every file below a host directory but the last-file memory, which a receive rewrites, and the
+// transfer log, which it appends to.
 QStringList FilesBelow(const QString& hostDir) {
     QStringList found;
     QDirIterator it(hostDir, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
     while (it.hasNext())
         found << it.next().mid(hostDir.size());
     found.removeOne(QStringLiteral("/Kestrova/Lastfile.lst"));
+    found.removeOne(QStringLiteral("/Kestrova/Transfer.log")); // every transfer is logged
     found.sort();
     return found;
 }
@@ -229,6 +240,43 @@ TEST_F(TransferForms, TheReceiveOkRefusesANameTheKeyFilterWouldRefuse) {
         EXPECT_EQ(line->Opens(), 0);
     }
     EXPECT_EQ(FilesBelow(root), before);
+}
+
+TEST_F(TransferForms, DirectoryListsFollowTheirCurrentItemHoweverItIsChosen) {
+    // Parts is current; the others are Archive and Kestrova (EXSUBS is never listed).
+    struct Case {
+        std::vector<Qt::Key> keys;
+        QString directory;
+        QStringList programs; // the send form's list for it
+    };
+    const Case cases[] = {
+        {{Qt::Key_Up}, "Kestrova", {"Sample"}},
+        {{Qt::Key_Home}, "Archive", {}},
+        {{Qt::Key_Home, Qt::Key_Down}, "Kestrova", {"Sample"}},
+        {{Qt::Key_End}, "Parts", {"bracket-2", "Bracket", "Cover", "X"}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.directory.toStdString());
+        {
+            SendForm form(fx.session(), Lines());
+            ChooseDirectory(form, c.keys);
+            EXPECT_EQ(fx.Settings().CommsDirectory, c.directory);
+            auto* files = form.findChild<QListWidget*>("FileList");
+            QStringList shown;
+            for (int row = 0; row < files->count(); ++row)
+                shown << files->item(row)->text();
+            EXPECT_EQ(shown, c.programs);
+        }
+        fx.Settings().ReceiveOperation = 2;
+        ReceiveForm form(fx.session(), Lines());
+        ChooseDirectory(form, c.keys);
+        form.findChild<QComboBox*>("ReceiveCombo")->setEditText("P10");
+        When(
+            &script, [&] { return line->PortOpen(); }, [&] { line->Feed("G1%"); });
+        form.findChild<QPushButton*>("ReceiveOk")->click();
+        EXPECT_EQ(fx.Read("C:\\Jobs\\PUNCH1\\" + c.directory + "\\P10.prg"), "G1%");
+        fx.Remove("C:\\Jobs\\PUNCH1\\" + c.directory + "\\P10.prg");
+    }
 }
 
 } // namespace

@@ -119,6 +119,33 @@ TEST_F(TransferIntegration, AReceiveEndsByTheTrailerOrByTheTimeOut) {
     }
 }
 
+TEST_F(TransferIntegration, TheDemosSendStartsByItselfOnTheDemosMachine) {
+    // The demo installation's own settings for its punch (on this test's port), and its machine
+    // as the demo script starts it: the send must start on the machine's XON, never forced.
+    QFile demo(QStringLiteral(KESTROVA_DEMO_DIR "/c/Kestrova/Setup/Data/PUNCH25.cms"));
+    ASSERT_TRUE(demo.open(QIODevice::ReadOnly));
+    QByteArray settings = demo.readAll();
+    const qsizetype port = settings.indexOf(": 1\r");
+    ASSERT_GT(port, 0);
+    settings[port + 2] = '2';
+    fx.Write("C:\\Kestrova\\Setup\\Data\\PUNCH1.cms", settings);
+    const QByteArray text = Program(40);
+    const QString stem = fx.Root() + "/demo-got";
+    machine->Start("serve " + fx.Host(QStringLiteral("C:\\machine.nc")) + ' ' + stem);
+    SendEngine engine(*line, PauseTimer::Shared());
+    SendFormLogic logic(fx.session(), engine, SendKind::Program);
+    logic.Form_Load();
+    QTimer::singleShot(15000, &script, [&] { engine.SendAbrt_Click(); }); // never forced
+    logic.SendOk_Click({"Big"});
+    EXPECT_TRUE(engine.Started());
+    EXPECT_FALSE(engine.Aborted());
+    QFile got(stem + "-1.nc");
+    for (int i = 0; i < 500 && !(got.exists() && got.size() == text.size() + 51); ++i)
+        PauseTimer::Shared().Pause(10);
+    ASSERT_TRUE(got.open(QIODevice::ReadOnly));
+    EXPECT_EQ(got.readAll(), QByteArray(50, '\0') + text + "%");
+}
+
 TEST_F(TransferIntegration, TheServingMachineTakesWhatIsSentAndGivesWhatIsAskedFor) {
     // The demo's machine on its one line: the send waits in silence, the receive asks with XON.
     const QByteArray text = Program(40);

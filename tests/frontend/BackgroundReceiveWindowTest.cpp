@@ -3,6 +3,7 @@
 #include "Frontend/FrontEnd.h"
 #include "Frontend/Reload.h"
 #include "Frontend/StartUp.h"
+#include "Frontend/StatusBox.h"
 #include "InstallationFixture.h"
 #include "ScriptedSerialLine.h"
 #include "comms/BackgroundReceive.h"
@@ -37,8 +38,7 @@ protected:
         auto scripted = std::make_unique<ScriptedSerialLine>();
         line = scripted.get();
         if (failOpen)
-            line->FailNextOpen(SystemError::Kind::DeviceUnavailable,
-                               QStringLiteral("/dev/ttyS1: no such device"));
+            line->SetDevicePresent(false);
         window = std::make_unique<FrontEnd>(fixture.session(), launcher, std::move(scripted));
         window->show();
     }
@@ -83,13 +83,23 @@ TEST_F(BackgroundReceiveWindowTest, TheListMirrorsWhatIsFiledAndTheButtonClearsI
     EXPECT_TRUE(fixture.Messages().Log().isEmpty());
 }
 
-TEST_F(BackgroundReceiveWindowTest, APortThatCannotOpenAtStartUpIsShownOnceAndEndsTheProgram) {
+TEST_F(BackgroundReceiveWindowTest, APortThatCannotOpenAtStartUpIsShownOnceAndTheProgramGoesOn) {
     failOpen = true;
     Open();
     ASSERT_EQ(fixture.Messages().Texts().size(), 1);
     EXPECT_TRUE(fixture.Messages().Texts().first().contains(QStringLiteral("\"COM2\"")));
     EXPECT_FALSE(line->PortOpen());
-    EXPECT_EQ(window->StartUpStatus(), 1);
+    EXPECT_EQ(window->StartUpStatus(), 0);
+    auto* status = window->findChild<StatusBox*>(QStringLiteral("StatusBar"));
+    EXPECT_EQ(status->LineStateText(), "Waiting for COM2");
+    line->SetDevicePresent(true); // the adapter is plugged in
+    EXPECT_TRUE(line->PortOpen());
+    EXPECT_EQ(status->LineStateText(), "Listening on COM2");
+    line->Unplug();
+    EXPECT_EQ(status->LineStateText(), "Waiting for COM2");
+    EXPECT_EQ(fixture.Messages().Texts().size(), 2);
+    window->Receive().Stop();
+    EXPECT_EQ(status->LineStateText(), "Background receive off");
 }
 
 TEST_F(BackgroundReceiveWindowTest, AMachineChangeStartsItAgainAndClosingEndsIt) {

@@ -5,6 +5,7 @@
 #include "Frontend/StatusBox.h"
 #include "InstallationFixture.h"
 #include "ScriptedSerialLine.h"
+#include "filestore/forms/NameKeyFilter.h"
 #include "platform/TerminationSignals.h"
 
 #include <QAction>
@@ -131,6 +132,7 @@ TEST_F(FrontEndTest, TheWindowHasItsControlsAndEveryMenuWithItsCaption) {
                                      "&Communications/&Receive Program",
                                      "&Communications/Send Executive",
                                      "&Communications/Receive Executive",
+                                     "&Communications/Transfer &Log",
                                      "&Reverse",
                                      "&Setup",
                                      "&Setup/&Tool Library",

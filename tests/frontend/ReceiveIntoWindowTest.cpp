@@ -121,10 +121,10 @@ TEST_F(ReceiveIntoWindow, AnUnknownMachineAndHostileHeaderValuesStayInTheDataDir
     EXPECT_EQ(window->ReceivedPrograms(),
               (QStringList{"P5 in Parts" + Machine, "New Program 1 in Parts" + Machine,
                            "New Program 1 in Parts for Rainer Combi 1250"}));
-    // Nothing else was written anywhere in the installation.
+    // Nothing else was written anywhere in the installation but the transfer log.
     EXPECT_EQ(NewFiles(),
               (QStringList{"/c/Jobs/PUNCH1/Parts/New Program 1.prg", "/c/Jobs/PUNCH1/Parts/P5.prg",
-                           "/c/Jobs/RAINER/Parts/New Program 1.prg"}));
+                           "/c/Jobs/RAINER/Parts/New Program 1.prg", "/c/Kestrova/Transfer.log"}));
 }
 
 TEST_F(ReceiveIntoWindow, AHangUpInTheMiddleClosesThePortReportsOnceAndFilesNothing) {

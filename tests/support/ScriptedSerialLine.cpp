@@ -32,12 +32,18 @@ void ScriptedSerialLine::SetPortOpen(bool open) {
         m_failOpen.reset();
         ThrowSystemError(kind, PortName(CommPort()), detail);
     }
+    if (open && !m_open && !m_present)
+        throw DeviceUnavailableError(PortName(CommPort()), QStringLiteral("no such device"));
     m_log << QStringLiteral("PortOpen=%1").arg(int(open));
     if (open && !m_open)
         ++m_opens;
     if (!open && m_open) {
-        // Closing lets everything queued leave first.
-        m_sent += m_queued;
+        // Closing lets everything queued leave first, unless the far end holds it back: then it
+        // is lost, as on the host's line.
+        if (m_hold)
+            m_lostAtClose += m_queued;
+        else
+            m_sent += m_queued;
         m_queued.clear();
         m_kernelBacklog = 0;
         m_input.clear();
@@ -123,6 +129,20 @@ void ScriptedSerialLine::FailNextOpen(SystemError::Kind kind, const QString& det
 
 void ScriptedSerialLine::HoldOutput(bool hold) {
     m_hold = hold;
+    if (!hold)
+        ReleaseOutput();
+}
+
+void ScriptedSerialLine::SetDevicePresent(bool present) {
+    const bool back = present && !m_present;
+    m_present = present;
+    if (back && m_watching)
+        Q_EMIT DeviceMayBeBack();
+}
+
+void ScriptedSerialLine::Unplug() {
+    m_present = false;
+    HangUp();
 }
 
 void ScriptedSerialLine::ReleaseOutput(int count) {

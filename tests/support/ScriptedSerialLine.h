@@ -25,12 +25,17 @@ public:
     [[nodiscard]] bool PortOpen() const override { return m_open; }
     [[nodiscard]] int InBufferCount() const override { return int(m_input.size()); }
     void SetInBufferCount(int count) override;
-    [[nodiscard]] int OutBufferCount() const override { return int(m_queued.size()) + m_kernelBacklog; }
+    [[nodiscard]] int OutBufferCount() const override {
+        ++m_outQueries;
+        return int(m_queued.size()) + m_kernelBacklog;
+    }
     void SetOutBufferCount(int count) override;
     [[nodiscard]] QString Input() override;
     void Output(const QString& text) override;
     [[nodiscard]] bool CTSHolding() const override { return m_cts; }
     [[nodiscard]] bool DSRHolding() const override { return m_dsr; }
+    [[nodiscard]] bool OutputHeld() const override { return m_hold; }
+    void WatchDevice(bool on) override { m_watching = on; }
 
     // --- The far end, as the test drives it ------------------------------------------------------
     // Characters arriving: NullDiscard applies, and the receive event is raised once when
@@ -44,9 +49,17 @@ public:
     // Makes the next opening fail with this error.
     void FailNextOpen(SystemError::Kind kind, const QString& detail = QStringLiteral("scripted"));
 
-    // Output leaves at once unless held; held output waits in the queue until released.
+    // The far end's XOFF (true) and XON (false): held output waits in the queue, and the XON
+    // lets all of it leave. As on the host's line, closing the port while output is held loses
+    // what waits (see LostAtClose).
     void HoldOutput(bool hold);
+    // Lets some of the queue leave (all with -1), as a line slower than the program does.
     void ReleaseOutput(int count = -1);
+    // The device goes away (opening then fails as with a missing device) or comes back; when
+    // it comes back while the line watches for it, DeviceMayBeBack is raised.
+    void SetDevicePresent(bool present);
+    // An adapter pulled out of an open line: the line hangs up and the device is gone.
+    void Unplug();
     // Characters the device itself still holds, counted in OutBufferCount until the port closes.
     void SetKernelBacklog(int count) { m_kernelBacklog = count; }
 
@@ -54,6 +67,11 @@ public:
     [[nodiscard]] const QStringList& Log() const { return m_log; }
     void ClearLog() { m_log.clear(); }
     [[nodiscard]] int Opens() const { return m_opens; }
+    // What a close threw away because output was held.
+    [[nodiscard]] const QByteArray& LostAtClose() const { return m_lostAtClose; }
+    // How often the program asked how much waits to go out: a wait that polls asks often.
+    [[nodiscard]] int OutBufferQueries() const { return m_outQueries; }
+    [[nodiscard]] bool Watching() const { return m_watching; }
 
 protected:
     void PropertyChanged(const char* name) override;
@@ -65,6 +83,10 @@ private:
     bool m_dsr = false;
     int m_kernelBacklog = 0;
     int m_opens = 0;
+    mutable int m_outQueries = 0;
+    bool m_present = true;
+    bool m_watching = false;
+    QByteArray m_lostAtClose;
     QByteArray m_input;
     QByteArray m_queued;
     QByteArray m_sent;
