@@ -50,6 +50,7 @@ void BackgroundReceive::Start() {
     for (const QChar c : m_settings.ReceiveFilter)
         m_filtered.set(c.unicode() & 0xFF);
     RefreshReceiveList();
+    m_lossTold = false;
     if (m_settings.Enabled)
         OpenPort(true);
 }
@@ -59,8 +60,10 @@ void BackgroundReceive::OpenPort(bool report) {
         PreparePort(*m_line, PortSetupFor(TransferKind::Background, m_settings.Port, m_settings.Settings,
                                           m_settings.Handshaking));
     } catch (const SystemError& e) {
-        if (report)
+        if (report) {
             m_session.messages.ShowError(e.text());
+            m_lossTold = true;
+        }
         if (!ParseFraming(m_settings.Settings)) {
             SetState(BackgroundLineState::Off); // no device will make these settings work
             return;
@@ -126,6 +129,7 @@ void BackgroundReceive::CloseTemp() {
 }
 
 void BackgroundReceive::TakeReceivedText(const QString& chunk) {
+    m_lossTold = false; // the line works: its next loss is news
     if (!m_receiving)
         OpenTemp();
     const QString& trailer = m_settings.Trailer;
@@ -351,7 +355,9 @@ void BackgroundReceive::OnLineLost(const QString& message) {
     }
     SetState(BackgroundLineState::WaitingForDevice);
     m_line->WatchDevice(true);
-    m_session.messages.ShowError(text);
+    if (!m_lossTold)
+        m_session.messages.ShowError(text);
+    m_lossTold = true;
 }
 
 } // namespace kestrova

@@ -110,6 +110,9 @@ private:
     ListModel m_list;
     bool m_frameVisible = false;
     BackgroundLineState m_state = BackgroundLineState::Off;
+    // The operator has been told that the line is missing or lost, and nothing has arrived
+    // since: a device that comes back dead (a node not yet gone) is not told about again.
+    bool m_lossTold = false;
 };
 
 } // namespace kestrova

@@ -378,6 +378,9 @@ TEST_F(BackgroundReceiveTest, AMissingOrLostDeviceIsToldOnceAndWatchedForUntilIt
     l.Unplug();
     EXPECT_EQ(receive->LineState(), BackgroundLineState::WaitingForDevice);
     EXPECT_EQ(fx.Messages().Texts().size(), 2);
+    l.SetDevicePresent(true); // back, but dead at once (its node not yet gone): not told again
+    l.Unplug();
+    EXPECT_EQ(fx.Messages().Texts().size(), 2);
     l.SetDevicePresent(true);
     EXPECT_EQ(receive->LineState(), BackgroundLineState::Listening);
     l.Feed("G3%");

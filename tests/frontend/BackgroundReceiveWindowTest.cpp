@@ -95,6 +95,7 @@ TEST_F(BackgroundReceiveWindowTest, APortThatCannotOpenAtStartUpIsShownOnceAndTh
     line->SetDevicePresent(true); // the adapter is plugged in
     EXPECT_TRUE(line->PortOpen());
     EXPECT_EQ(status->LineStateText(), "Listening on COM2");
+    line->Feed("G1");
     line->Unplug();
     EXPECT_EQ(status->LineStateText(), "Waiting for COM2");
     EXPECT_EQ(fixture.Messages().Texts().size(), 2);
