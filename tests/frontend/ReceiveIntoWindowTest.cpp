@@ -134,9 +134,12 @@ TEST_F(ReceiveIntoWindow, AHangUpInTheMiddleClosesThePortReportsOnceAndFilesNoth
     }));
     machine->Run(QStringLiteral("hangup"));
     ASSERT_TRUE(RunEventsUntil([&] { return !fx.Messages().Texts().isEmpty(); }));
+    // The lost device is watched for now; a pseudo-terminal's number may go at once to another
+    // program's line, which this test does not want to open.
+    window->Receive().Line().WatchDevice(false);
     // However long the dead line is left, it is not reported again.
     RunEventsUntil([] { return false; }, 300);
-    ASSERT_EQ(fx.Messages().Texts().size(), 1);
+    ASSERT_EQ(fx.Messages().Texts().size(), 1) << fx.Messages().Texts().join(u'|').toStdString();
     EXPECT_TRUE(fx.Messages().Texts().first().contains(QStringLiteral("\"COM2\"")));
     EXPECT_FALSE(window->Receive().Line().PortOpen());
     EXPECT_FALSE(fx.OnDisk(QStringLiteral("C:\\Kestrova\\Receive.tmp")));
