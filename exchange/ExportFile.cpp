@@ -11,7 +11,9 @@
 namespace kestrova {
 
 QString EightCharName(const QString& name) {
-    return TrimBlanks(RemoveAllSpaces(name).left(8));
+    QByteArray spaceless;
+    RemoveAllSpaces(ToBytes(name), spaceless);
+    return TrimBlanks(FromBytes(spaceless).left(8));
 }
 
 Int16 FirstFreeNumber(const FileSystem& files, const QString& directory) {
