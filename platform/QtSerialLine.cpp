@@ -4,6 +4,7 @@
 
 #include <QFileInfo>
 #include <QScopeGuard>
+#include <linux/serial.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
@@ -26,6 +27,14 @@ bool IsPseudoTerminal(int fd) {
         return false;
     const unsigned m = major(st.st_rdev);
     return m >= 136 && m <= 143;
+}
+
+// The device's counts of modem-line changes and breaks; nothing where it keeps none.
+std::optional<LineCounters> ReadCounters(int fd) {
+    serial_icounter_struct counts{};
+    if (::ioctl(fd, TIOCGICOUNT, &counts) != 0)
+        return std::nullopt;
+    return LineCounters{counts.cts, counts.dsr, counts.dcd, counts.brk};
 }
 
 } // namespace
@@ -89,6 +98,10 @@ void QtSerialLine::Open() {
         m_cts = pins.testFlag(QSerialPort::ClearToSendSignal);
         m_dsr = pins.testFlag(QSerialPort::DataSetReadySignal);
         m_cd = pins.testFlag(QSerialPort::DataCarrierDetectSignal);
+        const std::optional<LineCounters> counters = ReadCounters(int(m_port.handle()));
+        m_counted = counters.has_value();
+        if (counters)
+            m_counters = *counters;
         m_modemPoll.start();
     } else {
         m_port.clearError();
@@ -352,6 +365,16 @@ void QtSerialLine::PollModemLines() {
     const bool cts = pins.testFlag(QSerialPort::ClearToSendSignal);
     const bool dsr = pins.testFlag(QSerialPort::DataSetReadySignal);
     const bool cd = pins.testFlag(QSerialPort::DataCarrierDetectSignal);
+    if (const std::optional<LineCounters> now = ReadCounters(int(m_port.handle())); now && m_counted) {
+        const QList<CommEvent> events = EventsBetween(m_counters, *now);
+        m_counters = *now;
+        m_cts = cts;
+        m_dsr = dsr;
+        m_cd = cd;
+        for (const CommEvent event : events)
+            Q_EMIT Comm(event);
+        return;
+    }
     if (cts != m_cts) {
         m_cts = cts;
         Q_EMIT Comm(CommEvent::CtsChange);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/DeviceMap.h"
+#include "platform/LineCounters.h"
 #include "platform/SerialLine.h"
 
 #include <QByteArray>
@@ -29,8 +30,9 @@ namespace kestrova {
 // - The first hang-up, read error or removed device closes the port and raises LineLost once.
 //   (On a pseudo-terminal whose far end closed, QSerialPort would otherwise repeat ReadError
 //   for as long as the port stays open.)
-// - Breaks and time-outs are not reported by QSerialPort on this host; the events exist for
-//   lines that can report them.
+// - Where the device counts modem-line changes and breaks (TIOCGICOUNT), the look at the lines
+//   compares counters, so a pulse of any length raises its event and every break raises Break.
+//   Carrier-detect and CTS time-outs are not raised.
 class QtSerialLine final : public SerialLine {
     Q_OBJECT
 public:
@@ -83,6 +85,8 @@ private:
     bool m_cts = false;
     bool m_dsr = false;
     bool m_cd = false;
+    bool m_counted = false; // the device counts modem-line changes and breaks
+    LineCounters m_counters;
     bool m_lost = false;
     bool m_refused = false;     // the device refused a request of the set-up
     QString m_refusal;          // and why
