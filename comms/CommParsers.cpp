@@ -19,6 +19,10 @@ QChar CodeCharacter(const QString& number) {
     return QChar(char16_t(code));
 }
 
+// The longest sequence a settings line may give. A count beyond it is a slip of the keyboard
+// ("50000000,0"), not a leader any control waits for: it is refused instead of filling memory.
+constexpr qsizetype LongestSequence = 65535;
+
 } // namespace
 
 int HandshakeCode(const QString& value) {
@@ -79,8 +83,10 @@ QString ParseSequence(const QString& value) {
             rest.clear();
         }
         const QChar c = CodeCharacter(codeText);
-        for (int i = 0; i < count; ++i)
-            result += c;
+        if (count > LongestSequence - result.size())
+            throw OverflowError(QString(), QStringLiteral("the sequence \"%1\"").arg(value.trimmed()));
+        if (count > 0)
+            result += QString(count, c);
     }
     return result;
 }

@@ -29,7 +29,8 @@ enum class StartMode { Manual, Auto, Immediate, Event, Dsr, Cts, Any };
 [[nodiscard]] QString ParseStartCharacter(const QString& value);
 
 // A character sequence written as count,code pairs: "1,13,1,10" is CR LF, "50,0" fifty NULs.
-// An unpaired last number is ignored; text that is not a number counts as 0.
+// An unpaired last number is ignored; text that is not a number counts as 0. A sequence of
+// more than 65535 characters is the "Overflow" error.
 [[nodiscard]] QString ParseSequence(const QString& value);
 
 // A list of character codes separated by commas: "0,127" is NUL then DEL, "13" one CR.

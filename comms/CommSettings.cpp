@@ -87,9 +87,19 @@ void ParseMachineLines(const CommonLines& c, MachineLineSettings& s, const QStri
     s.ReceiveFilter = OnLine(path, 15, c.receiveFilter, ParseCharacterList);
 }
 
-} // namespace
+// A number or a sequence beyond its range is "Overflow", named with the file it stands in.
+template <typename Read>
+auto NamingTheFile(const QString& file, Read read) -> decltype(read()) {
+    try {
+        return read();
+    } catch (const OverflowError& e) {
+        if (!e.subject().isEmpty())
+            throw;
+        throw OverflowError(file, e.detail());
+    }
+}
 
-SendSettings ReadSendSettings(const FileSystem& files, const QString& path) {
+SendSettings ReadSendLines(const FileSystem& files, const QString& path) {
     LineReader in(files, path);
     const CommonLines c = ReadCommonLines(in, path);
     SendSettings s;
@@ -107,7 +117,7 @@ SendSettings ReadSendSettings(const FileSystem& files, const QString& path) {
     return s;
 }
 
-ReceiveSettings ReadReceiveSettings(const FileSystem& files, const QString& path) {
+ReceiveSettings ReadReceiveLines(const FileSystem& files, const QString& path) {
     LineReader in(files, path);
     const CommonLines c = ReadCommonLines(in, path);
     ReceiveSettings s;
@@ -116,7 +126,7 @@ ReceiveSettings ReadReceiveSettings(const FileSystem& files, const QString& path
     return s;
 }
 
-BackgroundSettings ReadBackgroundSettings(const FileSystem& files, const QString& systemPath) {
+BackgroundSettings ReadBackgroundLines(const FileSystem& files, const QString& systemPath) {
     BackgroundSettings s;
     const QString path = systemPath + BackgroundSettingsName;
     if (!files.IsFile(path))
@@ -149,6 +159,21 @@ BackgroundSettings ReadBackgroundSettings(const FileSystem& files, const QString
     (void)next(); // 17 the pause after the start
     s.Enabled = s.Port >= 1;
     return s;
+}
+
+} // namespace
+
+SendSettings ReadSendSettings(const FileSystem& files, const QString& path) {
+    return NamingTheFile(files.FullPath(path), [&] { return ReadSendLines(files, path); });
+}
+
+ReceiveSettings ReadReceiveSettings(const FileSystem& files, const QString& path) {
+    return NamingTheFile(files.FullPath(path), [&] { return ReadReceiveLines(files, path); });
+}
+
+BackgroundSettings ReadBackgroundSettings(const FileSystem& files, const QString& systemPath) {
+    return NamingTheFile(files.FullPath(systemPath + BackgroundSettingsName),
+                         [&] { return ReadBackgroundLines(files, systemPath); });
 }
 
 } // namespace kestrova

@@ -17,7 +17,7 @@ QString ComposeText(SystemError::Kind kind, const QString& subject, const QStrin
 
 SystemError::SystemError(Kind kind, const QString& subject, const QString& detail)
     : std::runtime_error(ComposeText(kind, subject, detail).toStdString()), m_kind(kind), m_subject(subject),
-      m_text(ComposeText(kind, subject, detail)) {}
+      m_detail(detail), m_text(ComposeText(kind, subject, detail)) {}
 
 QString SystemError::reason() const {
     return ReasonText(m_kind);

@@ -32,6 +32,8 @@ public:
     [[nodiscard]] const QString& subject() const noexcept { return m_subject; }
     // The reason alone ("File not found").
     [[nodiscard]] QString reason() const;
+    // What the reason is about beyond the subject ("the number \"1e10\""); may be empty.
+    [[nodiscard]] const QString& detail() const noexcept { return m_detail; }
     // The whole text: reason, then the subject in double quotes, then any detail.
     [[nodiscard]] QString text() const { return m_text; }
 
@@ -40,6 +42,7 @@ public:
 private:
     Kind m_kind;
     QString m_subject;
+    QString m_detail;
     QString m_text;
 };
 
