@@ -8,9 +8,9 @@
 namespace kestrova {
 
 // Started in the directory that holds "Kestrova.cfg" and "Devices.cfg".
-FrontEndProgram::FrontEndProgram()
-    : m_files(FileSystem::AtStartDirectory(QDir::currentPath())), m_session{m_settings, m_files, m_messages},
-      m_launcher(m_files) {}
+FrontEndProgram::FrontEndProgram(const QString& programHostDir)
+    : m_files(FileSystem::AtStartDirectory(programHostDir.isEmpty() ? QDir::currentPath() : programHostDir)),
+      m_session{m_settings, m_files, m_messages}, m_launcher(m_files) {}
 
 FrontEndProgram::~FrontEndProgram() = default;
 

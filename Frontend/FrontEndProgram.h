@@ -13,7 +13,8 @@ namespace kestrova {
 // same way.
 class FrontEndProgram {
 public:
-    FrontEndProgram();
+    // The installation whose program directory is programHostDir (default: the current one).
+    explicit FrontEndProgram(const QString& programHostDir = {});
     ~FrontEndProgram();
     FrontEndProgram(const FrontEndProgram&) = delete;
     FrontEndProgram& operator=(const FrontEndProgram&) = delete;

@@ -21,15 +21,11 @@ cmake -S . -B "$BUILD_DIR" -G Ninja >/dev/null
 cmake --build "$BUILD_DIR" --target kestrova kestrova-standin kestrova-machine
 
 run=$top/demo-run
-if [ "$keep" -eq 0 ] || [ ! -d "$run" ]; then
-    rm -rf "$run"
-    cp -a demo "$run"
-fi
-mkdir -p "$run/floppy" "$run/usb"
+[ "$keep" -eq 0 ] && rm -rf "$run"
+# The program lays the demo out itself (as the installed program does on request): the suite on
+# C:, a floppy and a stick, the stand-in, the device map; an existing copy is kept as it was.
+"$BUILD_DIR/Frontend/kestrova" --lay-out-demo "$run" >/dev/null
 tools/demo-programs.sh "$run/c"
-cp "$BUILD_DIR/Frontend/kestrova-standin" "$run/c/Kestrova/StandIn/"
-printf '%s\r\n' "C: fixed $run/c" "A: removable $run/floppy" "E: removable $run/usb" "******" \
-    >"$run/c/Kestrova/Devices.cfg"
 
 machine=$(tools/demo-machine.sh "$top/$BUILD_DIR" "$run/c/Kestrova/Devices.cfg" "$run/machine/Louvre.nc")
 # The machines' send and receive port, COM1: a simulated control that takes what the send form
