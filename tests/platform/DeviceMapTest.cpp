@@ -37,13 +37,17 @@ TEST(DeviceMap, SkipsLinesThatDoNotParseWithAWarningNamingTheLine) {
                                            "Q: floating /x\n"
                                            "COM1 removable /dev/ttyUSB0\n"
                                            "LPT1 port /dev/lp0\n"
+                                           "COM0 port /dev/zero-port\n"
+                                           "COM1 port /dev/lowest\n"
                                            "Z: fixed /z\n",
                                            QStringLiteral("/start"), QStringLiteral("/start/Devices.cfg"));
-    ASSERT_EQ(map.Warnings().size(), 4);
+    ASSERT_EQ(map.Warnings().size(), 5);
     EXPECT_TRUE(map.Warnings().at(0).contains(QStringLiteral("/start/Devices.cfg, line 2")));
     EXPECT_TRUE(map.Warnings().at(1).contains(QStringLiteral("line 3")));
     EXPECT_FALSE(map.Drive(u'Q'));
-    EXPECT_EQ(map.PortDevice(1), QStringLiteral("/dev/ttyS0"));
+    // COM1 is the lowest port; COM0 is no port at all.
+    EXPECT_TRUE(map.Warnings().at(4).contains(QStringLiteral("COM0")));
+    EXPECT_EQ(map.PortDevice(1), QStringLiteral("/dev/lowest"));
     // A drive the map names replaces its default.
     EXPECT_EQ(map.Drive(u'Z')->hostRoot, QStringLiteral("/z"));
 }

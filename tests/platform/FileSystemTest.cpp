@@ -106,6 +106,9 @@ TEST(FileSystem, ListsByPatternListsIgnoringCaseInNameOrder) {
         files.Find(dir + "x.*", EntryKinds::Files),
         (QStringList{"X", "X.drw", "X.dxf", "X.inf", "X.nst", "X.prg", "X.rpt", "X.seq", "X.stp", "X.usr"}));
     EXPECT_EQ(files.Find(dir + "?.d*", EntryKinds::Files), (QStringList{"a.DRW", "X.drw", "X.dxf"}));
+    // A trailing "*" also matches nothing at all.
+    EXPECT_EQ(files.Find(dir + "cover.PRG*", EntryKinds::Files), QStringList{"Cover.prg"});
+    EXPECT_EQ(files.Find(dir + "X*", EntryKinds::Files).first(), QStringLiteral("X"));
     EXPECT_TRUE(files.Find(dir + "*.*", EntryKinds::Files).contains(QStringLiteral("X")));
     EXPECT_EQ(files.List(QStringLiteral("C:\\Jobs\\PUNCH1"), QStringLiteral("*.*"), EntryKinds::Both),
               (QStringList{"Archive", "EXSUBS", "Kestrova", "Parts"}));

@@ -33,6 +33,35 @@ TEST(LineReader, EndsALineAtCrLfLfOrCrAndReadsOnlyWhatIsAsked) {
     }
 }
 
+// Files of several of the reader's 16 KB chunks, with a line straddling every chunk boundary
+// at every offset near it, and every kind of line end split across a boundary.
+TEST(LineReader, LinesStraddlingEveryChunkBoundaryComeBackWhole) {
+    InstallationFixture fx;
+    const qsizetype chunk = 16384;
+    for (const QByteArray& end : {QByteArray("\r\n"), QByteArray("\n"), QByteArray("\r")}) {
+        for (qsizetype shift = -3; shift <= 3; ++shift) {
+            // Lines of varying length so that each boundary falls somewhere else in a line.
+            QList<QByteArray> lines;
+            QByteArray bytes;
+            for (int n = 0; bytes.size() < 3 * chunk + 100; ++n) {
+                const qsizetype length = n == 0 ? chunk - end.size() + shift : 1 + (n * 997) % 5000;
+                lines << QByteArray(length, char('a' + n % 26));
+                bytes += lines.last() + end;
+            }
+            fx.Write(QStringLiteral("C:\\big.txt"), bytes);
+            LineReader reader(fx.Files(), QStringLiteral("C:\\big.txt"));
+            qsizetype n = 0;
+            while (!reader.AtEnd()) {
+                const QString line = reader.ReadLine();
+                ASSERT_LT(n, lines.size());
+                ASSERT_EQ(ToBytes(line), lines.at(n)) << "line " << n << " shift " << shift;
+                ++n;
+            }
+            EXPECT_EQ(n, lines.size()) << "shift " << shift;
+        }
+    }
+}
+
 TEST(LineReader, AnEmptyFileIsAtItsEndAndAMissingOneIsNamed) {
     InstallationFixture fx;
     fx.Write(QStringLiteral("C:\\empty.txt"), "");
