@@ -84,7 +84,7 @@ QString ParseSequence(const QString& value) {
         }
         const QChar c = CodeCharacter(codeText);
         if (count > LongestSequence - result.size())
-            throw OverflowError(QString(), QStringLiteral("the sequence \"%1\"").arg(value.trimmed()));
+            throw OverflowError(QString(), QStringLiteral("the sequence \"%1\"").arg(TrimBlanks(value)));
         if (count > 0)
             result += QString(count, c);
     }

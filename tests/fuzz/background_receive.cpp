@@ -13,6 +13,7 @@
 #include "comms/BackgroundReceive.h"
 #include "comms/ReceivedHeader.h"
 #include "filestore/Names.h"
+#include "platform/Blanks.h"
 #include "settings/SettingsFile.h"
 
 #include <QDirIterator>
@@ -133,15 +134,15 @@ private:
         const QList<QByteArray> lines = Lines(m_temp);
         ReceivedHeader header;
         for (int index = 0; index < 3 && index < lines.size(); ++index)
-            header.TakeLine(index, FromBytes(lines.at(index)).trimmed());
+            header.TakeLine(index, TrimBlanks(FromBytes(lines.at(index))));
 
         QString machine = header.Machine.isEmpty() ? m_g.MachineDir : header.Machine;
         QString description;
         bool known = false;
         for (int n = 1; n <= m_g.MachineCount; ++n) {
-            if (AsciiUpper(m_g.MachineTable.at(n).field2.trimmed()) == AsciiUpper(machine)) {
-                machine = m_g.MachineTable.at(n).field2.trimmed();
-                description = m_g.MachineTable.at(n).field1.trimmed();
+            if (AsciiUpper(TrimBlanks(m_g.MachineTable.at(n).field2)) == AsciiUpper(machine)) {
+                machine = TrimBlanks(m_g.MachineTable.at(n).field2);
+                description = TrimBlanks(m_g.MachineTable.at(n).field1);
                 known = true;
                 break;
             }
@@ -162,7 +163,7 @@ private:
         if (header.Found) {
             text.clear();
             for (const QByteArray& line : lines) {
-                const QString trimmed = FromBytes(line).trimmed();
+                const QString trimmed = TrimBlanks(FromBytes(line));
                 if (!trimmed.isEmpty() && !trimmed.contains(QChar(23)) && !trimmed.contains(QChar(24)) &&
                     !trimmed.contains(QChar(25)))
                     text += ToBytes(trimmed) + "\r\n";

@@ -3,6 +3,7 @@
 #include "FuzzSupport.h"
 #include "comms/CommParsers.h"
 #include "comms/CommSettings.h"
+#include "platform/Blanks.h"
 #include "settings/SettingsLine.h"
 
 using namespace kestrova;
@@ -26,8 +27,8 @@ void CheckValue(const QString& value) {
     }
     try {
         const QList<QChar> list = ParseCharacterList(value);
-        KESTROVA_FUZZ_CHECK(value.trimmed().isEmpty() ? list.isEmpty()
-                                                      : list.size() == value.count(u',') + 1);
+        KESTROVA_FUZZ_CHECK(TrimBlanks(value).isEmpty() ? list.isEmpty()
+                                                        : list.size() == value.count(u',') + 1);
         for (const QChar c : list)
             KESTROVA_FUZZ_CHECK(c.unicode() < 256);
     } catch (const OverflowError&) {

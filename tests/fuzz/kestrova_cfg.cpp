@@ -2,6 +2,7 @@
 #include "Frontend/Session.h"
 #include "FuzzSupport.h"
 #include "RecordingMessageService.h"
+#include "platform/Blanks.h"
 #include "settings/KestrovaCfg.h"
 
 using namespace kestrova;
@@ -26,7 +27,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         KESTROVA_FUZZ_CHECK(path->endsWith(u'\\'));
     KESTROVA_FUZZ_CHECK(settings.MachineNumber >= 1);
     KESTROVA_FUZZ_CHECK(!settings.CurrentDir.contains(u':'));
-    KESTROVA_FUZZ_CHECK(settings.CurrentDir == settings.CurrentDir.trimmed());
+    KESTROVA_FUZZ_CHECK(settings.CurrentDir == TrimBlanks(settings.CurrentDir));
 
     // The directory selection rewrites the file from these fields; read again, they are the same.
     settings.ProgramPath = QStringLiteral("C:\\");
