@@ -13,12 +13,18 @@
 namespace kestrova {
 
 FrontEnd::FrontEnd(Session& session, ProgramLauncher& launcher, std::unique_ptr<SerialLine> backgroundLine,
-                   QWidget* parent)
+                   QWidget* parent, StartUpLoads loads)
     : QMainWindow(parent), m_session(session), m_launcher(launcher) {
+    m_formFlags = {false, true};
     setObjectName(QStringLiteral("FrontEnd"));
     setWindowTitle(FrontEndCaption);
     BuildControls();
     BuildMenus();
+    if (loads) {
+        m_startUpStatus = loads(*this);
+        if (m_startUpStatus != 0)
+            return;
+    }
     ShowLogo();
     resize(760, 520);
 

@@ -13,6 +13,7 @@
 #include <QStringList>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 class QFrame;
@@ -39,8 +40,12 @@ class StatusBox;
 class FrontEnd : public QMainWindow, public MainWindowFrame {
     Q_OBJECT
 public:
+    // The loads of start-up (environment, machine, last-file memory: LoadAtStartUp) run inside,
+    // in their place among the window's own steps, when given; their result is the start-up
+    // status, and a failed load ends the start there. Without them the session comes loaded.
+    using StartUpLoads = std::function<int(FrontEnd& window)>;
     FrontEnd(Session& session, ProgramLauncher& launcher, std::unique_ptr<SerialLine> backgroundLine = {},
-             QWidget* parent = nullptr);
+             QWidget* parent = nullptr, StartUpLoads loads = {});
     ~FrontEnd() override;
 
     // 0 when the window opened as it should; 1 when start-up met an error it has already shown
@@ -61,7 +66,16 @@ public:
     void HideWindow() override;
     void ShowWindow() override;
     void MachineChanged() override;
+    void ShowLogo() override;
 
+    // The two state flags that the file and communication forms keep on the main window; unset
+    // until start-up's first step clears the first and sets the second.
+    struct FormStateFlags {
+        std::optional<bool> first;
+        std::optional<bool> second;
+        bool operator==(const FormStateFlags&) const = default;
+    };
+    [[nodiscard]] const FormStateFlags& FormFlags() const { return m_formFlags; }
     // --- Menu entries by control name --------------------------------------------------------
     [[nodiscard]] QAction* Entry(const QString& name) const { return m_entries.value(name); }
     // Every named entry in menu order.
@@ -100,7 +114,6 @@ private:
     void BuildCommsMenu();
     void BuildSetupMenu();
     void BuildDataFilesMenu(QMenu* setup);
-    void ShowLogo();
     QMenu* AddMenu(QWidget* parent, const QString& name, const QString& caption);
     QAction* AddItem(QMenu* menu, const QString& name, const QString& caption, std::function<void()> handler);
     QAction* AddBarEntry(const QString& name, const QString& caption, std::function<void()> handler);
@@ -163,6 +176,7 @@ private:
     std::vector<std::function<void()>> m_closeHooks;
     bool m_unloaded = false;
     int m_startUpStatus = 0;
+    FormStateFlags m_formFlags;
     std::unique_ptr<BackgroundReceive> m_receive;
     SerialLineFactory m_formLines;
 };

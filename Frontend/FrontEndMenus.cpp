@@ -5,6 +5,7 @@
 #include "platform/TextFile.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QLabel>
 #include <QListWidget>
 #include <QMenuBar>
@@ -60,18 +61,22 @@ void FrontEnd::BuildControls() {
 
 void FrontEnd::ShowLogo() {
     const QString picture = m_session.settings.LogoPicturePath;
-    if (picture.isEmpty() || !m_session.files.IsFile(picture))
-        return;
     QPixmap logo;
-    try {
-        if (!logo.loadFromData(ReadAllBytes(m_session.files, picture)))
-            return;
-    } catch (const SystemError&) {
-        return; // a logo that cannot be read is no reason to stop
+    if (!picture.isEmpty() && m_session.files.IsFile(picture)) {
+        try {
+            if (!logo.loadFromData(ReadAllBytes(m_session.files, picture)))
+                logo = QPixmap();
+        } catch (const SystemError&) {
+            // A logo that cannot be read is no reason to stop; the background stays plain.
+        }
     }
+    // No picture, or one that is gone or unreadable, clears the one shown before.
     QPalette palette = centralWidget()->palette();
-    palette.setBrush(QPalette::Window, logo);
-    centralWidget()->setAutoFillBackground(true);
+    if (logo.isNull())
+        palette.setBrush(QPalette::Window, QApplication::palette(centralWidget()).brush(QPalette::Window));
+    else
+        palette.setBrush(QPalette::Window, logo);
+    centralWidget()->setAutoFillBackground(!logo.isNull());
     centralWidget()->setPalette(palette);
 }
 
@@ -172,10 +177,8 @@ void FrontEnd::BuildFileMenu() {
 void FrontEnd::BuildEditMenu() {
     QMenu* edit = AddMenu(menuBar(), QStringLiteral("EditMenu"), QStringLiteral("&Edit"));
     // The edit form's operation codes: edit 1, new 2, the reports 3 and 4, the rewrites 5 to 7.
-    AddItem(edit, QStringLiteral("EditItem1"), QStringLiteral("&Edit Program"),
-            [this] { OpenEditForm(1); });
-    AddItem(edit, QStringLiteral("EditItem2"), QStringLiteral("New Program"),
-            [this] { OpenEditForm(2); });
+    AddItem(edit, QStringLiteral("EditItem1"), QStringLiteral("&Edit Program"), [this] { OpenEditForm(1); });
+    AddItem(edit, QStringLiteral("EditItem2"), QStringLiteral("New Program"), [this] { OpenEditForm(2); });
     AddSeparator(edit);
     const QStringList strip{QStringLiteral("Renumber Program"), QStringLiteral("Strip Numbers"),
                             QStringLiteral("Remove Spaces")};

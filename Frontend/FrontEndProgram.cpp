@@ -15,9 +15,8 @@ FrontEndProgram::FrontEndProgram(const QString& programHostDir)
 FrontEndProgram::~FrontEndProgram() = default;
 
 int FrontEndProgram::Open() {
-    if (const int status = LoadAtStartUp(m_session); status != 0)
-        return status;
-    m_window = std::make_unique<FrontEnd>(m_session, m_launcher);
+    m_window = std::make_unique<FrontEnd>(m_session, m_launcher, nullptr, nullptr,
+                                          [this](FrontEnd&) { return LoadAtStartUp(m_session); });
     if (const int status = m_window->StartUpStatus(); status != 0)
         return status;
     m_launcher.SetBuiltInEditor(

@@ -21,6 +21,8 @@ public:
     virtual void ShowWindow() = 0;
     // A reload found another machine current: what belongs to the machine is set up again.
     virtual void MachineChanged() = 0;
+    // The environment was loaded: the window shows the logo it names, or none.
+    virtual void ShowLogo() = 0;
 };
 
 // Lock menus for the lifetime of a scope: whatever ends the handler, the menus come back.

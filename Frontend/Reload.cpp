@@ -12,7 +12,11 @@ void ReadLastFileMemory(Session& session) {
 }
 
 void ReloadAfterChange(Session& session, MainWindowFrame& frame) {
-    if (ReloadEnvironment(session)) {
+    const bool machineChanged = ReloadEnvironment(session);
+    frame.ShowLogo();
+    if (machineChanged) {
+        // What was remembered is another machine's file.
+        ClearLastFile(session);
         ReadLastFileMemory(session);
         frame.MachineChanged();
     }

@@ -1,6 +1,7 @@
 #include "platform/FileSystem.h"
 
 #include "platform/Blanks.h"
+#include "platform/FileReplacement.h"
 #include "platform/HostPath.h"
 #include "platform/Wildcard.h"
 
@@ -108,11 +109,6 @@ struct FileCloser {
     }
 };
 using FilePtr = std::unique_ptr<std::FILE, FileCloser>;
-
-// A sibling of the target that holds the new content until it replaces the target whole.
-fs::path TemporarySibling(const fs::path& target) {
-    return target.parent_path() / ("." + target.filename().string() + ".kestrova-new");
-}
 
 } // namespace
 
@@ -392,45 +388,20 @@ void FileSystem::Copy(const QString& source, const QString& target) {
     FilePtr in(std::fopen(ToFs(from.host).c_str(), "rb"));
     if (!in)
         ThrowFromErrno(errno, from);
-    CheckFault(FileStep::Open, to);
-    const fs::path temporary = TemporarySibling(targetPath);
-    FilePtr out(std::fopen(temporary.c_str(), "wb"));
-    if (!out)
-        ThrowFromErrno(errno, to);
-    const auto fail = [&](int error, const Resolved& where) {
-        out.reset();
-        std::error_code ignored;
-        fs::remove(temporary, ignored);
-        ThrowFromErrno(error, where);
-    };
-    const auto injected = [&](FileStep step) { return InjectedFault(step, to.full); };
+    FileReplacement out(*this, to);
     std::vector<char> buffer(1 << 16);
     for (;;) {
         const size_t got = std::fread(buffer.data(), 1, buffer.size(), in.get());
-        if (got > 0) {
-            if (const int fault = injected(FileStep::Write))
-                fail(fault, to);
-            if (std::fwrite(buffer.data(), 1, got, out.get()) != got)
-                fail(errno, to);
-        }
+        out.Write(buffer.data(), got);
         if (got < buffer.size()) {
-            if (std::ferror(in.get()))
-                fail(EIO, from);
+            if (std::ferror(in.get())) {
+                out.Abandon();
+                ThrowFromErrno(EIO, from);
+            }
             break;
         }
     }
-    if (const int fault = injected(FileStep::Close))
-        fail(fault, to);
-    if (std::fflush(out.get()) != 0)
-        fail(errno, to);
-    if (std::fclose(out.release()) != 0)
-        fail(errno, to);
-    if (const int fault = injected(FileStep::Replace))
-        fail(fault, to);
-    std::error_code ec;
-    fs::rename(temporary, targetPath, ec);
-    if (ec)
-        fail(ec.value(), to);
+    out.Commit();
 }
 
 void FileSystem::Delete(const QString& p) {

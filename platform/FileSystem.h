@@ -16,8 +16,20 @@ enum class EntryKinds { Files = 1, Directories = 2, Both = 3 };
 
 // The steps of the file operations at which the host can fail: opening a file to read it,
 // opening one to write it (a copy's or a rewrite's new text included), each write, the flush and
-// close of a written file, putting a complete new text in place, and the single operations.
-enum class FileStep { Read, Open, Write, Close, Replace, Delete, Rename, MakeDirectory, RemoveDirectory };
+// close of a written file, forcing a new text onto the disk, putting a complete new text in
+// place, and the single operations.
+enum class FileStep {
+    Read,
+    Open,
+    Write,
+    Close,
+    Sync,
+    Replace,
+    Delete,
+    Rename,
+    MakeDirectory,
+    RemoveDirectory
+};
 
 // The host file layer: the one place where the system's paths ("C:\Kestrova\Data\M1.cms")
 // become host paths. Drives come from the device map; each name is looked up as spelled and,

@@ -1,5 +1,6 @@
 #include "platform/TextFile.h"
 
+#include "platform/FileReplacement.h"
 #include "platform/HostPath.h"
 
 #include <cerrno>
@@ -124,25 +125,23 @@ TextWriter::TextWriter(FileSystem& files, const QString& path, Mode mode) : m_mo
         if (!ec && (perms & fs::perms::owner_write) == fs::perms::none)
             throw PermissionDeniedError(m_path);
     }
-    const fs::path written = mode == Mode::Replace
-                                 ? target.parent_path() / ("." + target.filename().string() + ".kestrova-new")
-                                 : target;
-    m_writeHostPath = written.string();
+    if (mode == Mode::Replace) {
+        m_replacement = std::make_unique<FileReplacement>(files, m_target);
+        return;
+    }
     files.CheckFault(FileStep::Open, m_target);
-    m_file.reset(std::fopen(m_writeHostPath.c_str(), mode == Mode::Append ? "ab" : "wb"));
+    m_file.reset(std::fopen(target.c_str(), mode == Mode::Append ? "ab" : "wb"));
     if (!m_file)
         files.ThrowFromErrno(errno, m_target);
 }
 
-TextWriter::~TextWriter() {
-    if (m_file && m_mode == Mode::Replace) {
-        m_file.reset();
-        std::error_code ignored;
-        fs::remove(m_writeHostPath, ignored);
-    }
-}
+TextWriter::~TextWriter() = default;
 
 void TextWriter::WriteBytes(const QByteArray& bytes) {
+    if (m_replacement && m_replacement->Open()) {
+        m_replacement->Write(bytes);
+        return;
+    }
     if (!m_file)
         throw PathFileAccessError(m_path, QStringLiteral("file is closed"));
     if (!bytes.isEmpty())
@@ -161,42 +160,25 @@ void TextWriter::WriteLine(const QString& line) {
 }
 
 void TextWriter::Close() {
+    if (m_replacement) {
+        if (m_replacement->Open())
+            m_replacement->Commit();
+        return;
+    }
     if (!m_file)
         return;
     try {
         m_files.CheckFault(FileStep::Close, m_target);
     } catch (const SystemError&) {
         m_file.reset();
-        if (m_mode == Mode::Replace) {
-            std::error_code ignored;
-            fs::remove(m_writeHostPath, ignored);
-        }
         throw;
     }
     const bool flushed = std::fflush(m_file.get()) == 0;
     const int flushError = errno;
     const bool closed = std::fclose(m_file.release()) == 0;
     const int closeError = errno;
-    if (!flushed || !closed) {
-        if (m_mode == Mode::Replace) {
-            std::error_code ignored;
-            fs::remove(m_writeHostPath, ignored);
-        }
+    if (!flushed || !closed)
         m_files.ThrowFromErrno(!flushed ? flushError : closeError, m_target);
-    }
-    if (m_mode == Mode::Replace) {
-        std::error_code ec;
-        if (const int fault = m_files.InjectedFault(FileStep::Replace, m_path))
-            ec = std::error_code(fault, std::generic_category());
-        if (!ec)
-            fs::rename(m_writeHostPath, host::ToFs(m_target.host), ec);
-        if (ec) {
-            // The complete new text stays in the sibling; say where it is.
-            throw PathFileAccessError(
-                m_path, QStringLiteral("the new text is in %1: %2")
-                            .arg(host::FromFs(m_writeHostPath), QString::fromStdString(ec.message())));
-        }
-    }
 }
 
 // --- Whole files ---------------------------------------------------------------------------

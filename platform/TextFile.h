@@ -10,6 +10,8 @@
 
 namespace kestrova {
 
+class FileReplacement;
+
 // Files are single-byte text. In memory each byte is one QChar of the same code (0..255), so a
 // text read and written again is byte for byte what it was; nothing converts an encoding.
 [[nodiscard]] QString FromBytes(const QByteArray& bytes);
@@ -47,8 +49,9 @@ private:
 // Writes a text file. Every line written with WriteLine gets CR LF.
 //  - Create: opens for output, truncating or creating the file.
 //  - Append: adds to the end, creating the file when missing.
-//  - Replace: the new text goes to a hidden sibling and replaces the file whole at Close(),
-//    so a failure leaves the original untouched (the way settings files are rewritten).
+//  - Replace: the new text replaces the file whole at Close() (FileReplacement: beside the real
+//    file, on the disk, with the old mode, a link kept), so a failure leaves the original
+//    untouched (the way settings files are rewritten).
 // Close() reports a failed write; without it the destructor closes quietly and a Replace
 // leaves the original as it was.
 class TextWriter {
@@ -72,9 +75,9 @@ private:
     };
     FileSystem::Resolved m_target;
     QString m_path;
-    std::string m_writeHostPath; // the file written: the target itself or its temporary sibling
     Mode m_mode;
-    std::unique_ptr<std::FILE, Closer> m_file;
+    std::unique_ptr<std::FILE, Closer> m_file;      // Create and Append
+    std::unique_ptr<FileReplacement> m_replacement; // Replace
     const FileSystem& m_files;
 };
 

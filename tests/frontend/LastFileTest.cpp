@@ -1,6 +1,8 @@
 #include "filestore/LastFile.h"
 
+#include "Frontend/Reload.h"
 #include "InstallationFixture.h"
+#include "RecordingFrame.h"
 
 #include <gtest/gtest.h>
 
@@ -83,6 +85,28 @@ TEST_F(LastFileTest, ARemovedFileIsForgotten) {
     QString directory, name;
     EXPECT_FALSE(RecallLastFile(fixture.session(), directory, name, 3));
     EXPECT_EQ(fixture.Read(LastFileLst), QByteArray("******\r\n"));
+}
+
+} // namespace
+
+namespace {
+
+// Another machine: what was remembered belongs to the machine before, even where the new
+// machine has a file of the same name in a directory of the same name.
+TEST_F(LastFileTest, AnotherMachineForgetsTheLastFile) {
+    fixture.Write(QStringLiteral("C:\\Jobs\\RAINER\\Parts\\Bracket.prg"), "G1\r\n");
+    kestrova::testing::RecordingFrame frame;
+    const auto changeTo = [&](const char* machine) {
+        RememberLastFile(fixture.session(), QStringLiteral("Parts"), QStringLiteral("Bracket"));
+        QStringList cfg = fixture.ReadLines(QStringLiteral("C:\\Kestrova\\Kestrova.cfg"));
+        cfg[3] = QString::fromLatin1(machine);
+        cfg[4] = QStringLiteral("Parts");
+        fixture.WriteLines(QStringLiteral("C:\\Kestrova\\Kestrova.cfg"), cfg);
+        ReloadAfterChange(fixture.session(), frame);
+        return fixture.ReadLines(LastFileLst);
+    };
+    EXPECT_EQ(changeTo("1"), (QStringList{"Parts", "Bracket", "******"})) << "the same machine keeps it";
+    EXPECT_EQ(changeTo("2"), QStringList{"******"});
 }
 
 } // namespace

@@ -60,7 +60,8 @@ TEST_F(PackageStartTest, APackageThatEndsAtOnceStillLeadsToTheReload) {
     PackageChooses(1, QStringLiteral("Archive"));
     fixture.WriteProgram(Program + "Kestrdrw.exe", "cp Next.cfg Kestrova.cfg");
     Start(Package::Drawing);
-    EXPECT_EQ(frame.log, (QStringList{"disable DrawingPackage", "setup", "status", "enable DrawingPackage"}));
+    EXPECT_EQ(frame.log,
+              (QStringList{"disable DrawingPackage", "logo", "setup", "status", "enable DrawingPackage"}));
     EXPECT_EQ(fixture.Settings().CurrentDir, QStringLiteral("Archive"));
     EXPECT_TRUE(fixture.Messages().Log().isEmpty());
 }
@@ -70,7 +71,7 @@ TEST_F(PackageStartTest, AnotherMachineAfterThePackageResetsWhatBelongsToTheMach
     PackageChooses(2, QStringLiteral("Kestrova"));
     fixture.WriteProgram(Program + "Kestrshp.exe", "cp Next.cfg Kestrova.cfg");
     Start(Package::ShapesTooling);
-    EXPECT_EQ(frame.log, (QStringList{"disable ShapeManager", "machine changed", "setup", "status",
+    EXPECT_EQ(frame.log, (QStringList{"disable ShapeManager", "logo", "machine changed", "setup", "status",
                                       "enable ShapeManager"}));
     EXPECT_EQ(fixture.Settings().MachineDescription, QStringLiteral("Rainer Combi 1250"));
     // The remembered drawing was one of the other machine.

@@ -25,6 +25,7 @@ public:
         log << QStringLiteral("show");
     }
     void MachineChanged() override { log << QStringLiteral("machine changed"); }
+    void ShowLogo() override { log << QStringLiteral("logo"); }
 
     QStringList log;
     bool hidden = false;

@@ -204,50 +204,135 @@ TEST(FileSystem, RenamesDeletesAndRemovesDirectories) {
     EXPECT_THROW(files.Delete(parts), FileNotFoundError) << "a directory is not deleted as a file";
 }
 
-// A fault at any step of a copy or a whole-file rewrite leaves the old file as it was, nothing
-// half written beside it, and an error that names the file and the reason.
+namespace {
+
+// The ways a whole file is replaced: a copy over an existing target, and a rewrite.
+struct Replacement {
+    const char* name;
+    std::function<void(FileSystem&, const QString& target)> run;
+    QByteArray newBytes;
+};
+
+const QString Source = QStringLiteral("C:\\Jobs\\source.bin");
+const QByteArray CopiedBytes(200000, 'n'); // more than one chunk, so a write fails part-way
+
+std::vector<Replacement> Replacements() {
+    return {
+        {"copy", [](FileSystem& f, const QString& target) { f.Copy(Source, target); }, CopiedBytes},
+        {"rewrite", [](FileSystem& f, const QString& target) { WriteAllLines(f, target, {"new"}); },
+         "new\r\n"},
+    };
+}
+
+// The target as operators' setups have it: a plain file, one readable only by the owner and
+// the operators' group, or a link into a shared set-up (whose real file the rewrite must fill).
+enum class Shape { Plain, Mode0640, Link };
+
+struct Target {
+    QString path;     // the system path the program writes
+    QString realHost; // the host path of the file that holds the text
+    QString linkHost; // the link's host path, "" for none
+    QFileDevice::Permissions mode;
+};
+
+Target MakeTarget(InstallationFixture& fx, Shape shape, const QByteArray& bytes) {
+    Target t{QStringLiteral("C:\\Jobs\\TARGET.BIN"), {}, {}, {}};
+    if (shape == Shape::Link) {
+        fx.Write(QStringLiteral("C:\\Shared\\real.bin"), bytes);
+        t.realHost = fx.Host(QStringLiteral("C:\\Shared\\real.bin"));
+        t.linkHost = fx.Host(t.path);
+        EXPECT_TRUE(QFile::link(QStringLiteral("../Shared/real.bin"), t.linkHost));
+    } else {
+        fx.Write(t.path, bytes);
+        t.realHost = fx.Host(t.path);
+    }
+    if (shape != Shape::Plain)
+        QFile::setPermissions(t.realHost, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup);
+    t.mode = QFile::permissions(t.realHost);
+    return t;
+}
+
+// What the target looks like afterwards: the bytes at the real file, its mode, the link and
+// every name in the directories concerned (nothing left half written beside them).
+void ExpectTarget(InstallationFixture& fx, const Target& t, const QByteArray& bytes) {
+    QFile real(t.realHost);
+    ASSERT_TRUE(real.open(QIODevice::ReadOnly));
+    EXPECT_EQ(real.readAll(), bytes);
+    EXPECT_EQ(QFile::permissions(t.realHost), t.mode);
+    if (!t.linkHost.isEmpty()) {
+        EXPECT_TRUE(QFileInfo(t.linkHost).isSymLink());
+        EXPECT_EQ(QFileInfo(t.linkHost).symLinkTarget(), QFileInfo(t.realHost).absoluteFilePath());
+        EXPECT_EQ(fx.Files().List(QStringLiteral("C:\\Shared"), QStringLiteral("*"), EntryKinds::Files),
+                  QStringList{"real.bin"});
+    }
+    EXPECT_EQ(fx.Files().List(QStringLiteral("C:\\Jobs"), QStringLiteral("*"), EntryKinds::Files),
+              (QStringList{"source.bin", "TARGET.BIN"}));
+}
+
+} // namespace
+
+TEST(FileSystem, AReplacedFileKeepsItsLinkAndItsMode) {
+    for (const Replacement& r : Replacements()) {
+        for (const Shape shape : {Shape::Plain, Shape::Mode0640, Shape::Link}) {
+            SCOPED_TRACE(std::string(r.name) + " shape " + std::to_string(int(shape)));
+            InstallationFixture fx;
+            fx.Write(Source, CopiedBytes);
+            const Target t = MakeTarget(fx, shape, "old text\r\n");
+            r.run(fx.Files(), t.path);
+            ExpectTarget(fx, t, r.newBytes);
+        }
+    }
+}
+
+// A fault at any step of a copy or a whole-file rewrite leaves the old file as it was (its link
+// and mode included), nothing half written beside it, and an error that names the file (as the
+// system knows it, never as the host does) and the reason.
 TEST(FileSystem, AFaultAtAnyStepOfACopyOrRewriteKeepsTheOldFile) {
-    const QString source = QStringLiteral("C:\\Jobs\\source.bin");
-    const QString target = QStringLiteral("C:\\Jobs\\TARGET.BIN");
     const QByteArray oldBytes("old text\r\n");
-    const QByteArray newBytes(200000, 'n'); // more than one chunk, so a write fails part-way
-    struct Case {
-        FileStep step;
-        int nth;
-        std::function<void(FileSystem&)> run;
-    };
-    const std::vector<Case> cases{
-        {FileStep::Read, 1, [&](FileSystem& f) { f.Copy(source, target); }},
-        {FileStep::Open, 1, [&](FileSystem& f) { f.Copy(source, target); }},
-        {FileStep::Write, 2, [&](FileSystem& f) { f.Copy(source, target); }},
-        {FileStep::Close, 1, [&](FileSystem& f) { f.Copy(source, target); }},
-        {FileStep::Replace, 1, [&](FileSystem& f) { f.Copy(source, target); }},
-        {FileStep::Open, 1, [&](FileSystem& f) { WriteAllLines(f, target, {"new"}); }},
-        {FileStep::Write, 1, [&](FileSystem& f) { WriteAllLines(f, target, {"new"}); }},
-        {FileStep::Close, 1, [&](FileSystem& f) { WriteAllLines(f, target, {"new"}); }},
-        {FileStep::Replace, 1, [&](FileSystem& f) { WriteAllLines(f, target, {"new"}); }},
-        {FileStep::Delete, 1, [&](FileSystem& f) { f.Delete(target); }},
-        {FileStep::Rename, 1, [&](FileSystem& f) { f.Rename(target, QStringLiteral("C:\\Jobs\\other")); }},
-    };
-    for (const Case& c : cases) {
+    const FileStep steps[] = {FileStep::Read,  FileStep::Open, FileStep::Write,
+                              FileStep::Close, FileStep::Sync, FileStep::Replace};
+    for (const Replacement& r : Replacements()) {
+        for (const FileStep step : steps) {
+            const bool copy = QByteArray(r.name) == "copy";
+            if (step == FileStep::Read && !copy)
+                continue; // a rewrite reads nothing
+            for (const Shape shape : {Shape::Plain, Shape::Mode0640, Shape::Link}) {
+                SCOPED_TRACE(std::string(r.name) + " step " + std::to_string(int(step)) + " shape " +
+                             std::to_string(int(shape)));
+                InstallationFixture fx;
+                FileSystem& files = fx.Files();
+                fx.Write(Source, CopiedBytes);
+                const Target t = MakeTarget(fx, shape, oldBytes);
+                kestrova::testing::FaultInjector faults(files);
+                const QString faultPath = step == FileStep::Read ? Source : t.path;
+                faults.Fail(step, LastName(faultPath), ENOSPC, copy && step == FileStep::Write ? 2 : 1);
+                QString subject, text;
+                try {
+                    r.run(files, t.path);
+                } catch (const SystemError& e) {
+                    subject = e.subject();
+                    text = e.text();
+                }
+                EXPECT_EQ(faults.Fired(), 1);
+                EXPECT_EQ(subject, faultPath);
+                EXPECT_FALSE(text.contains(fx.Root())) << text.toStdString();
+                ExpectTarget(fx, t, oldBytes);
+            }
+        }
+    }
+
+    // Deleting and renaming fail as a whole.
+    for (const FileStep step : {FileStep::Delete, FileStep::Rename}) {
         InstallationFixture fx;
         FileSystem& files = fx.Files();
-        fx.Write(source, newBytes);
+        const QString target = QStringLiteral("C:\\Jobs\\TARGET.BIN");
         fx.Write(target, oldBytes);
         kestrova::testing::FaultInjector faults(files);
-        const QString faultPath = c.step == FileStep::Read ? source : target;
-        faults.Fail(c.step, LastName(faultPath), ENOSPC, c.nth);
-        SCOPED_TRACE(int(c.step));
-        QString subject;
-        try {
-            c.run(files);
-        } catch (const SystemError& e) {
-            subject = e.subject();
-        }
-        EXPECT_EQ(faults.Fired(), 1);
-        EXPECT_EQ(subject, faultPath);
+        faults.Fail(step, QStringLiteral("TARGET.BIN"));
+        if (step == FileStep::Delete)
+            EXPECT_THROW(files.Delete(target), SystemError);
+        else
+            EXPECT_THROW(files.Rename(target, QStringLiteral("C:\\Jobs\\other")), SystemError);
         EXPECT_EQ(fx.Read(target), oldBytes);
-        EXPECT_EQ(files.List(QStringLiteral("C:\\Jobs"), QStringLiteral("*"), EntryKinds::Files),
-                  (QStringList{"source.bin", "TARGET.BIN"}));
     }
 }

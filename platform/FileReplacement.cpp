@@ -1,0 +1,115 @@
+#include "platform/FileReplacement.h"
+
+#include "platform/HostPath.h"
+
+#include <cerrno>
+#ifndef _WIN32
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
+
+namespace kestrova {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// The file a path stands for: a link (or a chain of them) followed to the file it names.
+fs::path RealFile(const fs::path& path) {
+    std::error_code ec;
+    if (!fs::is_symlink(fs::symlink_status(path, ec)))
+        return path;
+    const fs::path real = fs::canonical(path, ec);
+    return ec ? path : real; // a dangling link is replaced like a missing file
+}
+
+} // namespace
+
+void FileReplacement::Closer::operator()(std::FILE* f) const noexcept {
+    if (f)
+        std::fclose(f);
+}
+
+FileReplacement::FileReplacement(const FileSystem& files, const FileSystem::Resolved& target)
+    : m_files(files), m_target(target), m_real(RealFile(host::ToFs(target.host))) {
+    m_sibling = m_real.parent_path() / ("." + m_real.filename().string() + ".kestrova-new");
+    files.CheckFault(FileStep::Open, m_target);
+    m_file.reset(std::fopen(m_sibling.c_str(), "wb"));
+    if (!m_file)
+        files.ThrowFromErrno(errno, m_target);
+}
+
+FileReplacement::~FileReplacement() {
+    Abandon();
+}
+
+void FileReplacement::Abandon() noexcept {
+    if (!m_file)
+        return;
+    m_file.reset();
+    std::error_code ignored;
+    fs::remove(m_sibling, ignored);
+}
+
+void FileReplacement::Fail(int error) {
+    Abandon();
+    m_files.ThrowFromErrno(error, m_target);
+}
+
+void FileReplacement::Write(const char* data, std::size_t size) {
+    if (size == 0)
+        return;
+    if (const int fault = m_files.InjectedFault(FileStep::Write, m_target.full))
+        Fail(fault);
+    if (std::fwrite(data, 1, size, m_file.get()) != size)
+        Fail(errno);
+}
+
+void FileReplacement::Commit() {
+    const auto step = [this](FileStep at) {
+        if (const int fault = m_files.InjectedFault(at, m_target.full))
+            Fail(fault);
+    };
+    step(FileStep::Close);
+    if (std::fflush(m_file.get()) != 0)
+        Fail(errno);
+    step(FileStep::Sync);
+#ifndef _WIN32
+    const int fd = fileno(m_file.get());
+    if (::fsync(fd) != 0)
+        Fail(errno);
+    struct stat old {};
+    if (::stat(m_real.c_str(), &old) == 0) {
+        if (::fchmod(fd, old.st_mode & 07777) != 0)
+            Fail(errno);
+        // Only a privileged user may give a file away; anyone else keeps it as the host made it.
+        [[maybe_unused]] const int owned = ::fchown(fd, old.st_uid, old.st_gid);
+    }
+#endif
+    step(FileStep::Replace);
+    // Closed only now, so that every failure up to here removes the sibling the same way.
+    if (std::fclose(m_file.release()) != 0) {
+        const int error = errno;
+        std::error_code ignored;
+        fs::remove(m_sibling, ignored);
+        m_files.ThrowFromErrno(error, m_target);
+    }
+    std::error_code ec;
+    fs::rename(m_sibling, m_real, ec);
+    if (ec) {
+        std::error_code ignored;
+        fs::remove(m_sibling, ignored);
+        m_files.ThrowFromErrno(ec.value(), m_target);
+    }
+#ifndef _WIN32
+    // The rename itself reaches the disk with its directory.
+    const int dir = ::open(m_real.parent_path().c_str(), O_RDONLY | O_DIRECTORY);
+    if (dir >= 0) {
+        ::fsync(dir);
+        ::close(dir);
+    }
+#endif
+}
+
+} // namespace kestrova
