@@ -47,7 +47,7 @@ struct EditOkInput {
 enum class EditOkOutcome {
     Close,
     StayOnList,  // nothing (or nothing usable) selected; the focus goes to the list
-    StayOnStart, // the renumber specification is invalid; the focus goes to "Start No."
+    StayOnStart, // the start number or the step is refused; the focus goes to "Start No."
     StayOnName,  // the new program's name is invalid; the focus goes to the name box
 };
 
