@@ -39,8 +39,16 @@ void SelectDirectory(Session& session, const QString& name) {
             }
         }
     }
+    // The environment keeps its directory until the file says the new one: a rewrite that fails
+    // leaves both telling the same story.
+    const QString previous = g.CurrentDir;
     g.CurrentDir = chosen;
-    WriteKestrovaCfg(session);
+    try {
+        WriteKestrovaCfg(session);
+    } catch (...) {
+        g.CurrentDir = previous;
+        throw;
+    }
     g.CurrentPath = PathJoin(g, g.MachineDir, g.CurrentDir);
 }
 

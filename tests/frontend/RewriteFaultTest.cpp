@@ -5,6 +5,7 @@
 #include "Frontend/FrontEnd.h"
 #include "Frontend/StartUp.h"
 #include "InstallationFixture.h"
+#include "filestore/MachineSelection.h"
 #include "filestore/SelectDirectory.h"
 
 #include <QAction>
@@ -22,16 +23,21 @@ namespace {
 const QString Cfg = QStringLiteral("C:\\Kestrova\\Kestrova.cfg");
 const QString Data = QStringLiteral("C:\\Kestrova\\Setup\\Data\\");
 
+// The steps of the copy of a machine data file from its default: reading the default, then
+// writing the new text beside the file and putting it in the file's place.
 struct Fault {
     FileStep step;
     int error;
     QString reason;
+    QString file; // the file the step meets, named by the message
 };
 const Fault Faults[] = {
-    {FileStep::Open, ENOSPC, "Disk full"},
-    {FileStep::Write, EIO, "Device I/O error"},
-    {FileStep::Close, ENOSPC, "Disk full"},
-    {FileStep::Replace, EIO, "Device I/O error"},
+    {FileStep::Read, EIO, "Device I/O error", "Default\\PUNCH1.mch"},
+    {FileStep::Open, ENOSPC, "Disk full", "Data\\PUNCH1.mch"},
+    {FileStep::Write, EIO, "Device I/O error", "Data\\PUNCH1.mch"},
+    {FileStep::Close, ENOSPC, "Disk full", "Data\\PUNCH1.mch"},
+    {FileStep::Sync, EIO, "Device I/O error", "Data\\PUNCH1.mch"},
+    {FileStep::Replace, EIO, "Device I/O error", "Data\\PUNCH1.mch"},
 };
 
 // The files of a directory as the host has them, hidden ones included.
@@ -41,31 +47,80 @@ QStringList HostFiles(const InstallationFixture& fx, const QString& dir) {
 
 } // namespace
 
-TEST(RewriteFault, TheDirectorySelectionKeepsKestrovaCfgWholeAndCanBeDoneAgain) {
-    // A fault at any step keeps the old text under its own name and leaves nothing beside it.
-    for (const Fault& f : Faults) {
-        SCOPED_TRACE(f.reason.toStdString() + " at step " + std::to_string(int(f.step)));
-        InstallationFixture fx;
-        fx.Load();
-        const QByteArray before = fx.Read(Cfg);
-        const QStringList files = HostFiles(fx, QStringLiteral("C:\\Kestrova"));
-        {
-            FaultInjector faults(fx.Files());
-            faults.Fail(f.step, QStringLiteral("Kestrova.cfg"), f.error);
-            try {
-                SelectDirectory(fx.session(), QStringLiteral("Archive"));
-                ADD_FAILURE() << "the fault went unnoticed";
-            } catch (const SystemError& e) {
-                EXPECT_EQ(e.subject(), Cfg);
-                EXPECT_TRUE(e.text().startsWith(f.reason)) << e.text().toStdString();
-            }
-            EXPECT_EQ(faults.Fired(), 1);
-        }
-        EXPECT_EQ(fx.Read(Cfg), before);
-        EXPECT_EQ(HostFiles(fx, QStringLiteral("C:\\Kestrova")), files);
+namespace {
 
-        SelectDirectory(fx.session(), QStringLiteral("Archive"));
-        EXPECT_EQ(fx.ReadLines(Cfg).value(4), QStringLiteral("Archive"));
+// An installation started as at start-up, with its main window.
+struct Started {
+    Started() {
+        EXPECT_EQ(LoadAtStartUp(fx.session()), 0);
+        window = std::make_unique<FrontEnd>(fx.session(), launcher);
+    }
+    InstallationFixture fx;
+    ProgramLauncher launcher{fx.Files()};
+    std::unique_ptr<FrontEnd> window;
+};
+
+} // namespace
+
+TEST(RewriteFault, KestrovaCfgAndTheEnvironmentStayAsTheyWereAfterAFailedRewrite) {
+    // A fault at any step of either rewrite (the machine change rewrites the file twice: the
+    // number first, then the directory the new machine's load selects) keeps the old text under
+    // its own name with nothing beside it, leaves the environment telling the same story as the
+    // file, and the same operation succeeds once the disk is well again.
+    struct Operation {
+        const char* what;
+        std::function<void(Session&, FrontEnd&)> run;
+        int nth;
+        QStringList written; // lines 4 and 5 once it succeeds
+    };
+    const Operation operations[] = {
+        {"directory",
+         [](Session& s, FrontEnd&) { SelectDirectory(s, QStringLiteral("Archive")); },
+         1,
+         {"1", "Archive"}},
+        {"machine number",
+         [](Session& s, FrontEnd& w) { (void)SelectMachine(s, w, 2); },
+         1,
+         {"2", "Kestrova"}},
+        {"machine's directory",
+         [](Session& s, FrontEnd& w) { (void)SelectMachine(s, w, 2); },
+         2,
+         {"2", "Kestrova"}},
+    };
+    const FileStep steps[] = {FileStep::Open, FileStep::Write, FileStep::Close, FileStep::Sync,
+                              FileStep::Replace};
+    for (const Operation& op : operations) {
+        for (const FileStep step : steps) {
+            SCOPED_TRACE(std::string(op.what) + " at step " + std::to_string(int(step)));
+            Started started;
+            InstallationFixture& fx = started.fx;
+            FrontEnd& window = *started.window;
+            const QByteArray before = fx.Read(Cfg);
+            const GlobalSettings was = fx.Settings();
+            {
+                FaultInjector faults(fx.Files());
+                faults.Fail(step, QStringLiteral("Kestrova.cfg"), EIO, op.nth);
+                try {
+                    op.run(fx.session(), window);
+                    ADD_FAILURE() << "the fault went unnoticed";
+                } catch (const SystemError& e) {
+                    EXPECT_EQ(e.subject(), Cfg);
+                    EXPECT_TRUE(e.text().startsWith("Device I/O error")) << e.text().toStdString();
+                }
+                EXPECT_EQ(faults.Fired(), 1);
+            }
+            EXPECT_EQ(fx.Read(Cfg), before);
+            EXPECT_EQ(HostFiles(fx, QStringLiteral("C:\\Kestrova")).filter("kestrova-new"), QStringList())
+                << "nothing half written beside it";
+            const GlobalSettings& g = fx.Settings();
+            EXPECT_EQ(g.CurrentDir, was.CurrentDir);
+            EXPECT_EQ(g.CurrentPath, was.CurrentPath);
+            EXPECT_EQ(int(g.MachineNumber), int(was.MachineNumber));
+            EXPECT_EQ(g.MachineDir, was.MachineDir);
+
+            op.run(fx.session(), window);
+            EXPECT_EQ(fx.ReadLines(Cfg).mid(3, 2), op.written);
+        }
     }
 }
 
@@ -102,7 +157,7 @@ TEST_F(RestoreDefaultsFault, EachFileIsOldOrRestoredAndOneMessageNamesTheOneThat
         fx.Messages().Clear();
         {
             FaultInjector faults(fx.Files());
-            faults.Fail(f.step, QStringLiteral("Data\\PUNCH1.mch"), f.error);
+            faults.Fail(f.step, f.file, f.error);
             Restore();
             EXPECT_EQ(faults.Fired(), 1);
         }
@@ -110,7 +165,7 @@ TEST_F(RestoreDefaultsFault, EachFileIsOldOrRestoredAndOneMessageNamesTheOneThat
         ASSERT_EQ(fx.Messages().Texts().size(), 2);
         const QString shown = fx.Messages().Texts().at(1);
         EXPECT_TRUE(shown.startsWith(f.reason)) << shown.toStdString();
-        EXPECT_TRUE(shown.contains(mch)) << shown.toStdString();
+        EXPECT_TRUE(shown.contains(f.file + u'"')) << shown.toStdString();
         EXPECT_EQ(fx.Read(mch), "changed\r\n");
         EXPECT_EQ(fx.Read(Data + "PUNCH1.cms"), fx.Read(Data + "Default\\PUNCH1.cms")); // copied before
         EXPECT_EQ(HostFiles(fx, Data).filter("kestrova-new"),
