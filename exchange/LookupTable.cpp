@@ -99,13 +99,12 @@ void RewriteLookupTable(FileSystem& files, const QString& programPath, const QSt
             writer.WriteLine(line);
         writer.Close();
     }
-    if (files.Exists(table))
-        files.Delete(table);
+    // The copy replaces the old table whole, so it stays there until the new one is complete.
     try {
         files.Copy(temp, table);
     } catch (const SystemError& error) {
         ThrowSystemError(error.kind(), error.subject(),
-                         QStringLiteral("the table is kept whole in \"%1\"").arg(files.FullPath(temp)));
+                         QStringLiteral("the new table is kept whole in \"%1\"").arg(files.FullPath(temp)));
     }
     files.Delete(temp);
 }

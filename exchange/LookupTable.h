@@ -35,9 +35,9 @@ struct LookupLine {
 
 // Rewrites the table of a directory with the entry of the name: the line at index `replace`
 // becomes the entry line, or with -1 the entry line is added at the end. The new text is written
-// whole to "V3Temp.lkp" in the program directory, then the old table is deleted and the new
-// one copied into its place; if that copy fails the complete text stays in "V3Temp.lkp", and the
-// error says so.
+// whole to "V3Temp.lkp" in the program directory, then copied over the old table, which it
+// replaces only once it is complete; if that copy fails the old table stays, the complete new
+// text stays in "V3Temp.lkp", and the error says so.
 void RewriteLookupTable(FileSystem& files, const QString& programPath, const QString& directory,
                         const QList<LookupLine>& lines, int replace, const QString& entryLine);
 

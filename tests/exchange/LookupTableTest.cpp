@@ -4,6 +4,7 @@
 #include "FaultInjector.h"
 #include "InstallationFixture.h"
 
+#include <QDir>
 #include <gtest/gtest.h>
 
 using namespace kestrova;
@@ -67,15 +68,58 @@ TEST_F(LookupRewrite, AMatchedEntryIsReplacedInPlaceAndANewOneAddedAtTheEnd) {
     EXPECT_FALSE(fx.OnDisk("C:\\Kestrova\\V3Temp.lkp")) << "the temporary table is removed";
 }
 
-TEST_F(LookupRewrite, AFailedCopyBackKeepsTheWholeTableInTheTemporaryFile) {
-    FaultInjector faults(fx.Files());
-    faults.Fail(FileStep::Write, "Work.lkp", ENOSPC);
-    try {
-        Rewrite("Flange", 3);
-        FAIL() << "the full disk is reported";
-    } catch (const SystemError& error) {
-        EXPECT_TRUE(error.text().contains("C:\\Kestrova\\V3Temp.lkp")) << error.text().toStdString();
+TEST_F(LookupRewrite, AFaultAtAnyStepKeepsTheOldTableOrTheWholeNewOne) {
+    // The new table goes to "V3Temp.lkp", is copied over "Work.lkp" and the temporary file is
+    // deleted. A fault at any step leaves the old table in place or the new one complete, the
+    // error names the file and the reason (and where the new table is when it could not be put in
+    // place), and the next rewrite goes through with every entry the table had.
+    const QByteArray old = "Cover, 1 \r\n; kept as it is\r\nBracket, 2 \r\n******\r\n";
+    const QByteArray fresh = "Cover, 1 \r\n; kept as it is\r\nBracket, 2 \r\nFlange, 3 \r\n******\r\n";
+    const QString table = "E:\\Out\\Work.lkp";
+    const QString temp = "C:\\Kestrova\\V3Temp.lkp";
+    enum class Temp { Any, New };
+    const struct {
+        FileStep step;
+        const char* file;
+        bool tableIsNew;
+        Temp temp;
+    } cases[] = {
+        {FileStep::Open, "V3Temp.lkp", false, Temp::Any},  {FileStep::Write, "V3Temp.lkp", false, Temp::Any},
+        {FileStep::Close, "V3Temp.lkp", false, Temp::Any}, {FileStep::Read, "V3Temp.lkp", false, Temp::New},
+        {FileStep::Open, "Work.lkp", false, Temp::New},    {FileStep::Write, "Work.lkp", false, Temp::New},
+        {FileStep::Close, "Work.lkp", false, Temp::New},   {FileStep::Sync, "Work.lkp", false, Temp::New},
+        {FileStep::Replace, "Work.lkp", false, Temp::New}, {FileStep::Delete, "V3Temp.lkp", true, Temp::New},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(::testing::Message() << "step " << int(c.step) << " on " << c.file);
+        fx.Write(table, old);
+        const QList<LookupLine> lines = ReadLookupTable(fx.Files(), "E:\\Out\\");
+        {
+            FaultInjector faults(fx.Files());
+            faults.Fail(c.step, QLatin1String(c.file), ENOSPC);
+            try {
+                RewriteLookupTable(fx.Files(), "C:\\Kestrova\\", "E:\\Out\\", lines, -1,
+                                   LookupEntryLine("Flange", 3));
+                ADD_FAILURE() << "the full disk went unnoticed";
+            } catch (const SystemError& error) {
+                EXPECT_TRUE(error.subject().endsWith(QLatin1String(c.file))) << error.subject().toStdString();
+                EXPECT_TRUE(error.text().startsWith("Disk full")) << error.text().toStdString();
+                if (c.temp == Temp::New && !c.tableIsNew) {
+                    EXPECT_TRUE(error.text().contains(temp)) << error.text().toStdString();
+                }
+            }
+            EXPECT_EQ(faults.Fired(), 1);
+        }
+        EXPECT_EQ(fx.Read(table), c.tableIsNew ? fresh : old);
+        if (c.temp == Temp::New) {
+            EXPECT_EQ(fx.Read(temp), fresh);
+        }
+        EXPECT_EQ(QDir(fx.Host("E:\\Out")).entryList(QDir::Files | QDir::Hidden), QStringList{"Work.lkp"})
+            << "nothing half written beside the table";
+
+        Rewrite("Gusset", 4);
+        EXPECT_TRUE(fx.Read(table).startsWith("Cover, 1 \r\n; kept as it is\r\nBracket, 2 \r\n"));
+        EXPECT_TRUE(fx.Read(table).endsWith("Gusset, 4 \r\n******\r\n"));
+        EXPECT_FALSE(fx.OnDisk(temp));
     }
-    EXPECT_EQ(fx.Read("C:\\Kestrova\\V3Temp.lkp"),
-              "Cover, 1 \r\n; kept as it is\r\nBracket, 2 \r\nFlange, 3 \r\n******\r\n");
 }
