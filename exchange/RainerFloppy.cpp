@@ -224,8 +224,14 @@ void FormatRainerFloppy(Session& session) {
     if (answer != Answer::Yes || !FloppyReady(files))
         return;
     const BusyCursor busy(session.messages);
-    for (const QString& name : files.Find(programs, EntryKinds::Files))
-        files.Delete(QStringLiteral("A:\\") + name);
+    // The index is replaced rather than deleted, so that a format that fails half way leaves an
+    // index behind: the old one, whose entries without their files are never listed, or the
+    // fresh one.
+    const QString index = rainer::IndexPath.mid(3);
+    for (const QString& name : files.Find(programs, EntryKinds::Files)) {
+        if (name.compare(index, Qt::CaseInsensitive) != 0)
+            files.Delete(QStringLiteral("A:\\") + name);
+    }
     WriteFreshIndex(files);
 }
 

@@ -43,8 +43,8 @@ enum class RainOutcome { StayOnList, Close };
 // when the drive is ready.
 [[nodiscard]] bool FloppyReadyForMenu(Session& session);
 
-// The menu's logical format: asks when the floppy holds programs, then deletes every "*.PRG"
-// of A:\ and writes a fresh index. The medium itself is never formatted.
+// The menu's logical format: asks when the floppy holds programs, then deletes every other
+// "*.PRG" of A:\ and replaces the index by a fresh one. The medium itself is never formatted.
 void FormatRainerFloppy(Session& session);
 
 } // namespace kestrova

@@ -79,7 +79,8 @@ void WriteFreeSlot(FileSystem& files, int variant, int slot) {
 }
 
 void WriteFreshIndex(FileSystem& files) {
-    TextWriter index(files, rainer::IndexPath, TextWriter::Mode::Create);
+    // Replaced whole: until the new index is complete on the disk, the old one (or none) stays.
+    TextWriter index(files, rainer::IndexPath, TextWriter::Mode::Replace);
     index.WriteBytes(FreshIndex());
     index.Close();
 }

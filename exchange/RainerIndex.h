@@ -70,7 +70,8 @@ struct RainerSlot {
 void WriteUsedSlot(FileSystem& files, int variant, int slot, const QString& name);
 void WriteFreeSlot(FileSystem& files, int variant, int slot);
 
-// Writes a fresh index of 300 free records in place of whatever is there.
+// Writes a fresh index of 300 free records in place of whatever is there; a write that fails
+// leaves the old index as it was.
 void WriteFreshIndex(FileSystem& files);
 
 } // namespace kestrova

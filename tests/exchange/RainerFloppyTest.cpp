@@ -2,6 +2,7 @@
 #include "exchange/RainerFloppy.h"
 
 #include "DirectorySnapshot.h"
+#include "FaultInjector.h"
 #include "InstallationFixture.h"
 #include "exchange/RainerIndex.h"
 #include "filestore/SelectDirectory.h"
@@ -244,5 +245,98 @@ TEST_F(RainerFloppy, FormatAsksOnlyWhenThereAreProgramsAndWritesAFreshIndex) {
         if (c.left.contains("INDICE--.PRG")) {
             EXPECT_EQ(fx.Read(Index), FreeRecord.repeated(300));
         }
+    }
+}
+
+TEST_F(RainerFloppy, AFaultWritingTheFloppyKeepsTheOldIndexOrTheWholeNewOne) {
+    // Each operation that writes the index, with a fault at each step it makes on a floppy file:
+    // the index is afterwards the old one or the whole new one, the error names the file and the
+    // reason, and the same operation goes through once the disk is well again.
+    enum class Op { ExportFresh, Export, Delete, Format };
+    const struct {
+        Op op;
+        FileStep step;
+        const char* file;
+    } cases[] = {
+        {Op::ExportFresh, FileStep::Open, "INDICE--.PRG"},
+        {Op::ExportFresh, FileStep::Write, "INDICE--.PRG"},
+        {Op::ExportFresh, FileStep::Close, "INDICE--.PRG"},
+        {Op::ExportFresh, FileStep::Sync, "INDICE--.PRG"},
+        {Op::ExportFresh, FileStep::Replace, "INDICE--.PRG"},
+        {Op::Export, FileStep::Read, "INDICE--.PRG"},
+        {Op::Export, FileStep::Open, "P002---.PRG"},
+        {Op::Export, FileStep::Replace, "P002---.PRG"},
+        {Op::Export, FileStep::Open, "INDICE--.PRG"},
+        {Op::Export, FileStep::Write, "INDICE--.PRG"},
+        {Op::Delete, FileStep::Delete, "P001---.PRG"},
+        {Op::Delete, FileStep::Open, "INDICE--.PRG"},
+        {Op::Delete, FileStep::Write, "INDICE--.PRG"},
+        {Op::Format, FileStep::Delete, "P001---.PRG"},
+        {Op::Format, FileStep::Open, "INDICE--.PRG"},
+        {Op::Format, FileStep::Write, "INDICE--.PRG"},
+        {Op::Format, FileStep::Sync, "INDICE--.PRG"},
+        {Op::Format, FileStep::Replace, "INDICE--.PRG"},
+    };
+    fx.Settings().RainerType = 1;
+    const auto run = [this](Op op) {
+        fx.Messages().Clear();
+        fx.Messages().Script({Answer::Yes});
+        switch (op) {
+        case Op::ExportFresh:
+        case Op::Export:
+            (void)RainerExport(fx.session(), {"Cover"});
+            break;
+        case Op::Delete:
+            (void)RainerDelete(fx.session(), {{"PART1", 1}});
+            break;
+        case Op::Format:
+            FormatRainerFloppy(fx.session());
+            break;
+        }
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(::testing::Message() << int(c.op) << " step " << int(c.step) << " on " << c.file);
+        fx.Remove("A:\\");
+        fx.MakeDir("A:\\");
+        QByteArray before;
+        if (c.op != Op::ExportFresh)
+            before = WriteIndex(1, {{1, "PART1"}});
+        // What the index is once the operation has gone through.
+        QByteArray done = before;
+        switch (c.op) {
+        case Op::ExportFresh:
+            done = UsedRecord(1, "Cover") + FreeRecord.repeated(299);
+            break;
+        case Op::Export:
+            done.replace(64, 64, UsedRecord(1, "Cover"));
+            break;
+        case Op::Delete:
+        case Op::Format:
+            done = FreeRecord.repeated(300);
+            break;
+        }
+        {
+            FaultInjector faults(fx.Files());
+            faults.Fail(c.step, QLatin1String(c.file), EIO);
+            try {
+                run(c.op);
+                ADD_FAILURE() << "the fault went unnoticed";
+            } catch (const SystemError& error) {
+                EXPECT_EQ(error.subject(), "A:\\" + QLatin1String(c.file));
+                EXPECT_TRUE(error.text().startsWith("Device I/O error")) << error.text().toStdString();
+            }
+            EXPECT_EQ(faults.Fired(), 1);
+        }
+        EXPECT_EQ(fx.Messages().BusyDepth(), 0);
+        if (before.isEmpty()) {
+            EXPECT_FALSE(fx.OnDisk(Index));
+        } else {
+            EXPECT_EQ(fx.Read(Index), before);
+        }
+        EXPECT_EQ(QDir(fx.Host("A:\\")).entryList(QDir::Hidden | QDir::Files).filter("kestrova-new"),
+                  QStringList());
+
+        run(c.op);
+        EXPECT_EQ(fx.Read(Index), done);
     }
 }
