@@ -48,10 +48,12 @@ QList<RainerSlot> ParseRainerIndex(const QByteArray& bytes, int variant) {
         const int record = SlotRecord(variant, slot);
         if (record > records)
             break;
-        const QByteArray text = bytes.mid(qsizetype(record - 1) * rainer::RecordLength, rainer::TextLength);
+        QByteArray text = bytes.mid(qsizetype(record - 1) * rainer::RecordLength, rainer::TextLength);
+        // A record cut short reads as the machine reads it: padded with zero bytes.
+        text.append(QByteArray(rainer::TextLength - text.size(), '\0'));
         RainerSlot entry;
         entry.slot = slot;
-        const char first = text.isEmpty() ? '\0' : text.at(0);
+        const char first = text.at(0);
         if (first != '\0' && first != '$')
             entry.name = TrimBlanks(FromBytes(text.left(rainer::NameReadLength)));
         entry.free = entry.name.isEmpty();

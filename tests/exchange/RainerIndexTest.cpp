@@ -126,5 +126,6 @@ TEST(RainerIndex, ShortAndOddSizedIndexesStopAtTheirLastRecord) {
     // A record cut short reads as if padded with zero bytes.
     const QList<RainerSlot> cut = ParseRainerIndex(QByteArray("AB"), 1);
     ASSERT_EQ(cut.size(), 1);
-    EXPECT_EQ(cut.first().name, "AB");
+    EXPECT_EQ(cut.first().name, ParseRainerIndex(QByteArray("AB") + QByteArray(62, '\0'), 1).first().name);
+    EXPECT_EQ(cut.first().name, QByteArray("AB") + QByteArray(30, '\0'));
 }
