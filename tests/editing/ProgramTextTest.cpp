@@ -4,6 +4,7 @@
 #include "InstallationFixture.h"
 #include "editing/ProgramLines.h"
 
+#include <functional>
 #include <gtest/gtest.h>
 
 using namespace kestrova;
@@ -154,58 +155,88 @@ TEST_F(ProgramTextTest, AnOverflowInTheMiddleLeavesTheProgramAsItWas) {
 }
 
 TEST_F(ProgramTextTest, ARewriteThatCannotFinishLosesNothing) {
+    // Each of the three rewrites, with a fault at each step of its two files: the new text
+    // written to the temporary file, the program deleted, the temporary file copied into its
+    // place and deleted. Afterwards the program is as it was or its whole new text is in the
+    // temporary file, the one error says which, and the next rewrite of the program succeeds.
+    struct Rewrite {
+        const char* temporary;
+        std::function<void(Session&, const QString&)> run;
+    };
+    const Rewrite rewrites[] = {
+        {"Renumber.tmp", [](Session& s, const QString& p) { RenumberProgram(s, p, 1, 1, 0); }},
+        {"Numbers.tmp", [](Session& s, const QString& p) { StripNumbers(s, p); }},
+        {"Spaces.tmp", [](Session& s, const QString& p) { RemoveSpaces(s, p); }},
+    };
     enum class After { AsItWas, InTemporary, Rewritten };
     struct Case {
         FileStep step;
-        const char* file;
+        bool onTemporary; // the step meets the temporary file, else the program
         After after;
         const char* where;
     };
     const Case cases[] = {
-        {FileStep::Open, "Numbers.tmp", After::AsItWas, "Unchanged"},
-        {FileStep::Write, "Numbers.tmp", After::AsItWas, "Unchanged"},
-        {FileStep::Close, "Numbers.tmp", After::AsItWas, "Unchanged"},
-        {FileStep::Read, "Job.prg", After::AsItWas, "Unchanged"},
-        {FileStep::Delete, "Job.prg", After::AsItWas, "Is In \"C:\\Kestrova\\Numbers.tmp\""},
-        {FileStep::Open, "Job.prg", After::InTemporary, "Is In \"C:\\Kestrova\\Numbers.tmp\""},
-        {FileStep::Write, "Job.prg", After::InTemporary, "Is In \"C:\\Kestrova\\Numbers.tmp\""},
-        {FileStep::Replace, "Job.prg", After::InTemporary, "Is In \"C:\\Kestrova\\Numbers.tmp\""},
-        {FileStep::Delete, "Numbers.tmp", After::Rewritten, "Has Its New Text"},
+        {FileStep::Open, true, After::AsItWas, "Unchanged"},
+        {FileStep::Write, true, After::AsItWas, "Unchanged"},
+        {FileStep::Close, true, After::AsItWas, "Unchanged"},
+        {FileStep::Read, false, After::AsItWas, "Unchanged"},
+        {FileStep::Delete, false, After::AsItWas, "Is In \"C:\\Kestrova\\"},
+        {FileStep::Read, true, After::InTemporary, "Is In \"C:\\Kestrova\\"},
+        {FileStep::Open, false, After::InTemporary, "Is In \"C:\\Kestrova\\"},
+        {FileStep::Write, false, After::InTemporary, "Is In \"C:\\Kestrova\\"},
+        {FileStep::Close, false, After::InTemporary, "Is In \"C:\\Kestrova\\"},
+        {FileStep::Sync, false, After::InTemporary, "Is In \"C:\\Kestrova\\"},
+        {FileStep::Replace, false, After::InTemporary, "Is In \"C:\\Kestrova\\"},
+        {FileStep::Delete, true, After::Rewritten, "Has Its New Text"},
     };
+    // Large enough for the new text to go to the disk in several writes.
     QByteArray original;
-    QByteArray stripped;
-    for (int i = 0; i < 30000; ++i) {
-        original += "N" + QByteArray::number(i) + " G01 X" + QByteArray::number(i) + "\r\n";
-        stripped += "G01 X" + QByteArray::number(i) + "\r\n";
-    }
-    for (const Case& c : cases) {
-        SCOPED_TRACE(::testing::Message() << int(c.step) << " " << c.file);
-        fixture.Write(program, original);
-        if (fixture.OnDisk(Temp("Numbers.tmp")))
-            fixture.Remove(Temp("Numbers.tmp"));
-        FaultInjector faults(fixture.Files());
-        faults.Fail(c.step, QLatin1String(c.file), ENOSPC, 1);
-        try {
-            StripNumbers(fixture.session(), program);
-            ADD_FAILURE() << "the fault did not stop the rewrite";
-        } catch (const RewriteError& error) {
-            // One message: the reason and the file, then where the program's text is.
-            EXPECT_TRUE(error.text().startsWith(QStringLiteral("Disk full: \"")))
-                << error.text().toStdString();
-            EXPECT_TRUE(error.text().contains(QLatin1String(c.where))) << error.text().toStdString();
-        }
-        EXPECT_EQ(faults.Fired(), 1);
-        switch (c.after) {
-        case After::AsItWas:
-            EXPECT_EQ(fixture.Read(program), original);
-            break;
-        case After::InTemporary:
-            EXPECT_FALSE(fixture.OnDisk(program));
-            EXPECT_EQ(fixture.Read(Temp("Numbers.tmp")), stripped);
-            break;
-        case After::Rewritten:
-            EXPECT_EQ(fixture.Read(program), stripped);
-            break;
+    for (int i = 0; i < 30000; ++i)
+        original += "N" + QByteArray::number(i) + " G01 X " + QByteArray::number(i) + "\r\n";
+    const QString reference = QStringLiteral("C:\\Jobs\\PUNCH1\\Parts\\Reference.prg");
+    for (const Rewrite& r : rewrites) {
+        fixture.Write(reference, original);
+        r.run(fixture.session(), reference);
+        const QByteArray rewritten = fixture.Read(reference);
+        ASSERT_NE(rewritten, original) << r.temporary;
+        const QString temporary = Temp(r.temporary);
+        for (const Case& c : cases) {
+            SCOPED_TRACE(::testing::Message() << r.temporary << " step " << int(c.step) << " on "
+                                              << (c.onTemporary ? "temporary" : "program"));
+            fixture.Write(program, original);
+            {
+                FaultInjector faults(fixture.Files());
+                faults.Fail(c.step, c.onTemporary ? QLatin1String(r.temporary) : QStringLiteral("Job.prg"),
+                            ENOSPC, 1);
+                try {
+                    r.run(fixture.session(), program);
+                    ADD_FAILURE() << "the fault did not stop the rewrite";
+                } catch (const RewriteError& error) {
+                    // One message: the reason and the file, then where the program's text is.
+                    EXPECT_TRUE(error.text().startsWith(QStringLiteral("Disk full: \"")))
+                        << error.text().toStdString();
+                    EXPECT_TRUE(error.text().contains(QLatin1String(c.where))) << error.text().toStdString();
+                }
+                EXPECT_EQ(faults.Fired(), 1);
+            }
+            switch (c.after) {
+            case After::AsItWas:
+                EXPECT_EQ(fixture.Read(program), original);
+                break;
+            case After::InTemporary:
+                EXPECT_FALSE(fixture.OnDisk(program));
+                EXPECT_EQ(fixture.Read(temporary), rewritten);
+                fixture.Write(program, original);
+                break;
+            case After::Rewritten:
+                EXPECT_EQ(fixture.Read(program), rewritten);
+                fixture.Write(program, original);
+                break;
+            }
+            // Whatever the fault left in the temporary file, the next rewrite goes through.
+            r.run(fixture.session(), program);
+            EXPECT_EQ(fixture.Read(program), rewritten);
+            EXPECT_FALSE(fixture.OnDisk(temporary));
         }
     }
 }
