@@ -55,10 +55,12 @@ public:
     }
     [[nodiscard]] FileSystem& Files() { return *m_files; }
     [[nodiscard]] QString Host(const QString& name) const { return m_dir.filePath(name); }
-    // Puts the bytes in C:\name, as a person's editor would have left them.
+    // Puts the bytes in C:\name, as a person's editor would have left them. The old file goes
+    // first: a file truncated and written again is flushed to the disk when it is closed.
     void Put(const QString& name, const QByteArray& bytes) const {
+        QFile::remove(Host(name));
         QFile f(Host(name));
-        if (!f.open(QIODevice::WriteOnly | QIODevice::Truncate) || f.write(bytes) != bytes.size())
+        if (!f.open(QIODevice::WriteOnly) || f.write(bytes) != bytes.size())
             std::abort();
     }
 
