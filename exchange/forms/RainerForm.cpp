@@ -3,6 +3,7 @@
 #include "exchange/RainerFloppy.h"
 #include "filestore/Listings.h"
 #include "filestore/SelectDirectory.h"
+#include "filestore/forms/SearchForm.h"
 
 #include <QComboBox>
 #include <QFrame>
@@ -54,8 +55,6 @@ RainerForm::RainerForm(Session& session, QWidget* parent)
     QPushButton* cancel = Button(buttonFrame, QStringLiteral("RainCncl"), QStringLiteral("Cancel"));
     m_search = Button(buttonFrame, QStringLiteral("Search"), QStringLiteral("&Search"));
     m_search->setVisible(m_setup.searchShown);
-    // The search picker is not part of this form yet: the button is there but does nothing.
-    m_search->setEnabled(false);
     auto* buttonLayout = new QHBoxLayout(buttonFrame);
     buttonLayout->addWidget(m_search);
     buttonLayout->addStretch(1);
@@ -73,30 +72,52 @@ RainerForm::RainerForm(Session& session, QWidget* parent)
     connect(m_rainOk, &QPushButton::clicked, this, &RainerForm::RainOk_Click);
     connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
     connect(m_programList, &QListWidget::itemDoubleClicked, this, &RainerForm::RainOk_Click);
+    connect(m_search, &QPushButton::clicked, this, &RainerForm::Search_Click);
 
-    Guarded([this] {
-        const GlobalSettings& g = m_session.settings;
-        ListModel directories;
-        FillDirectoryList(m_session, directories, g.MachineDir, g.CurrentDir, false, true, Selection::Named);
-        const QSignalBlocker quiet(m_directoryList);
-        m_directoryList->addItems(directories.entries);
-        m_directoryList->setCurrentIndex(directories.selected);
-    });
+    FillDirectoryCombo();
     connect(m_directoryList, &QComboBox::currentIndexChanged, this, &RainerForm::DirectoryList_Change);
     FillProgramList();
     m_programList->setFocus();
 }
 
-void RainerForm::FillProgramList() {
+void RainerForm::FillDirectoryCombo() {
     Guarded([this] {
+        const GlobalSettings& g = m_session.settings;
+        ListModel directories;
+        FillDirectoryList(m_session, directories, g.MachineDir, g.CurrentDir, false, true, Selection::Named);
+        const QSignalBlocker quiet(m_directoryList);
+        m_directoryList->clear();
+        m_directoryList->addItems(directories.entries);
+        m_directoryList->setCurrentIndex(directories.selected);
+    });
+}
+
+void RainerForm::FillProgramList(const QString& nameToSelect) {
+    Guarded([this, &nameToSelect] {
         ListModel programs;
         const GlobalSettings& g = m_session.settings;
         if (m_setup.listsIndex)
             FillRainerList(m_session, programs);
         else
-            FillFileList(m_session, programs, g.MachineDir, g.CurrentDir, {}, Selection::First, 2, {});
+            FillFileList(m_session, programs, g.MachineDir, g.CurrentDir, nameToSelect,
+                         nameToSelect.isEmpty() ? Selection::First : Selection::Named, 2, {});
         Fill(m_programList, programs);
     });
+}
+
+void RainerForm::Search_Click() {
+    // A program found anywhere in the machine's directories: its directory becomes the one
+    // exported from, and the program is the one selected there.
+    Guarded([this] {
+        if (!PickFileBySearch(m_session, this, 2))
+            return;
+        const SearchResultRecord found = m_session.settings.SearchResult;
+        if (found.directory.compare(m_session.settings.CurrentDir, Qt::CaseInsensitive) != 0)
+            SelectDirectory(m_session, found.directory);
+        FillDirectoryCombo();
+        FillProgramList(found.name);
+    });
+    m_programList->setFocus();
 }
 
 void RainerForm::DirectoryList_Change() {

@@ -22,7 +22,9 @@ public:
     void done(int result) override;
 
 private:
-    void FillProgramList();
+    void FillDirectoryCombo();
+    void FillProgramList(const QString& nameToSelect = {});
+    void Search_Click();
     void DirectoryList_Change();
     void RainOk_Click();
 

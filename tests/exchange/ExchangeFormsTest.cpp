@@ -5,6 +5,7 @@
 #include "exchange/RainerIndex.h"
 #include "exchange/forms/ExternalForm.h"
 #include "exchange/forms/RainerForm.h"
+#include "tests/filestore/ModalScript.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>
@@ -165,6 +166,31 @@ TEST_F(ExchangeForms, TheRainerFormImportsTheCurrentEntryAndKeepsExportOpenWitho
     Child<QPushButton>(form, "RainCncl")->click();
     EXPECT_FALSE(form.isVisible());
     EXPECT_EQ(fx.Settings().RainerOperation, 0);
+}
+
+TEST_F(ExchangeForms, TheRainerExportSearchMakesTheFoundProgramsDirectoryCurrent) {
+    fx.Settings().RainerOperation = 1;
+    RainerForm form(fx.session());
+    form.show();
+    form.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&form)) << "the access key needs the active window";
+    QObject script;
+    OnModal(&script, "SearchForm", [](QDialog* search) {
+        auto* criteria = search->findChild<QLineEdit*>("CriteriaBox");
+        QTest::keyClicks(criteria, "sam");
+        QTest::keyClick(criteria, Qt::Key_Return);
+        QTest::keyClick(search->findChild<QWidget*>("SearchList"), Qt::Key_Return);
+    });
+    // An access key presses its button after the button's short animation.
+    QTest::keyClick(Child<QListWidget>(form, "ProgramList"), Qt::Key_S, Qt::AltModifier);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return fx.Settings().CurrentDir != "Parts"; }, 2000));
+    EXPECT_EQ(fx.Settings().CurrentDir, "Kestrova");
+    EXPECT_EQ(Child<QComboBox>(form, "DirectoryList")->currentText(), "Kestrova");
+    auto* list = Child<QListWidget>(form, "ProgramList");
+    ASSERT_TRUE(list->currentItem());
+    EXPECT_EQ(list->currentItem()->text(), "Sample");
+    EXPECT_TRUE(list->currentItem()->isSelected());
+    EXPECT_TRUE(fx.Messages().Texts().isEmpty()) << fx.Messages().Texts().join('|').toStdString();
 }
 
 TEST_F(ExchangeForms, TheRainerFormShowsWhatEachOperationNeeds) {
