@@ -5,6 +5,7 @@
 #include "comms/TransferLog.h"
 #include "filestore/Names.h"
 #include "platform/Blanks.h"
+#include "platform/ScreenText.h"
 
 #include <QDebug>
 #include <QStringView>
@@ -48,7 +49,8 @@ void BackgroundReceive::Start() {
     m_receiving = false;
     m_filtered.reset();
     for (const QChar c : m_settings.ReceiveFilter)
-        m_filtered.set(c.unicode() & 0xFF);
+        if (const int byte = ByteOfScreenChar(c); byte >= 0)
+            m_filtered.set(size_t(byte));
     RefreshReceiveList();
     m_lossTold = false;
     if (m_settings.Enabled)
@@ -143,13 +145,14 @@ void BackgroundReceive::TakeReceivedText(const QString& chunk) {
     };
     for (qsizetype i = 0; i < chunk.size(); ++i) {
         const QChar c = chunk.at(i);
-        const bool filtered = c.unicode() < 256 && m_filtered.test(c.unicode());
+        const int byte = ByteOfScreenChar(c);
+        const bool filtered = byte >= 0 && m_filtered.test(size_t(byte));
         // Most characters neither continue a match nor start one: the steps below would leave
         // both matches empty, and the character goes to the file unless filtered.
         if (m_trailerMatch.isEmpty() && (trailer.isEmpty() || c != trailer.at(0))) {
             m_endMatch.clear();
             if (m_receiving && !filtered)
-                run += char(c.unicode());
+                run += char(byte);
             continue;
         }
         // A match that fails is dropped whole; the character that broke it is not tried as the
@@ -178,7 +181,7 @@ void BackgroundReceive::TakeReceivedText(const QString& chunk) {
                 OpenTemp();
         }
         if (m_receiving && !filtered)
-            run += char(c.unicode());
+            run += char(byte);
     }
     flush();
 }

@@ -46,7 +46,8 @@ public:
     // the middle is discarded. The receive is off afterwards, and watches for nothing.
     void Stop();
 
-    // A chunk of received characters (one byte per QChar), as the port's event delivers it.
+    // A chunk of received characters (each byte as the screen shows it), as the port's event
+    // delivers it.
     void TakeReceivedText(const QString& chunk);
     // Files what "Receive.tmp" holds as a program (its trailer has just arrived).
     void FileReceivedProgram();

@@ -1,6 +1,7 @@
 #include "comms/CommParsers.h"
 
 #include "platform/Blanks.h"
+#include "platform/ScreenText.h"
 #include "settings/SettingsLine.h"
 
 #include <cmath>
@@ -10,13 +11,14 @@ namespace kestrova {
 
 namespace {
 
-// The character of a code as it is read from a settings file. Codes are bytes: one outside
-// 0..255 would stand for another character than the one written, and is refused.
+// The character of a code as it is read from a settings file. Codes are bytes, and the
+// character is the one that byte is everywhere else: 128 is the byte 0x80, the euro sign. A code
+// outside 0..255 would stand for another character than the one written, and is refused.
 QChar CodeCharacter(const QString& number) {
     const int code = RoundedNumber(number);
     if (code < 0 || code > 255)
         throw OverflowError(QString(), QStringLiteral("character code %1 is not 0 to 255").arg(code));
-    return QChar(char16_t(code));
+    return ScreenCharOf(quint8(code));
 }
 
 // The longest sequence a settings line may give. A count beyond it is a slip of the keyboard

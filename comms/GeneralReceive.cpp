@@ -1,6 +1,7 @@
 #include "comms/GeneralReceive.h"
 
 #include "comms/PortSetup.h"
+#include "platform/ScreenText.h"
 #include "platform/TextFile.h"
 
 #include <QCoreApplication>
@@ -40,8 +41,8 @@ void GeneralReceive::SetSettings(const ReceiveSettings& settings) {
     m_settings = settings;
     m_filtered.reset();
     for (const QChar c : m_settings.ReceiveFilter)
-        if (c.unicode() < 256)
-            m_filtered.set(c.unicode());
+        if (const int byte = ByteOfScreenChar(c); byte >= 0)
+            m_filtered.set(size_t(byte));
 }
 
 void GeneralReceive::Publish(const ReceiveDisplay& next) {
@@ -140,7 +141,7 @@ void GeneralReceive::Run(FileSystem& files, const QString& name, const QString& 
             last = c;
             QString written(c);
             bool filtered = false;
-            if (c.unicode() < 256 && m_filtered.test(c.unicode())) {
+            if (const int byte = ByteOfScreenChar(c); byte >= 0 && m_filtered.test(size_t(byte))) {
                 filtered = true;
                 written.clear();
             }

@@ -1,6 +1,7 @@
 #include "comms/SendEngine.h"
 
 #include "comms/PortSetup.h"
+#include "platform/ScreenText.h"
 #include "platform/TextFile.h"
 
 #include <QCoreApplication>
@@ -50,8 +51,8 @@ void SendEngine::SetSettings(const SendSettings& settings) {
     m_settings = settings;
     m_filtered.reset();
     for (const QChar c : m_settings.SendFilter)
-        if (c.unicode() < 256)
-            m_filtered.set(c.unicode());
+        if (const int byte = ByteOfScreenChar(c); byte >= 0)
+            m_filtered.set(size_t(byte));
     m_phase = SendPhase::Idle;
 }
 
@@ -192,7 +193,7 @@ void SendEngine::SendFileText(const QByteArray& text, qint64 count) {
         LetEventsRunBetweenCharacters();
         if (m_aborted)
             break;
-        const char16_t c = char16_t(quint8(byte));
+        const quint8 c = quint8(byte);
         if (c == Lf) {
             // dropped: the CR before it ended the line
         } else if (c == Cr) {
@@ -201,7 +202,7 @@ void SendEngine::SendFileText(const QByteArray& text, qint64 count) {
             if (m_machine.RaskinRt85)
                 WaitForAcknowledgement();
         } else if (!m_filtered.test(c)) {
-            SendText(QString(QChar(c)));
+            SendText(QString(ScreenCharOf(c)));
         }
         ++read;
         SendProgress p = m_progress;

@@ -20,7 +20,7 @@ void AppendTransferLog(Session& session, const TransferRecord& record) {
     try {
         // One line, its line end included, in one write at the end of the file.
         TextWriter log(session.files, path, TextWriter::Mode::Append);
-        log.WriteBytes((TransferLogLine(record) + QStringLiteral("\r\n")).toLatin1());
+        log.WriteBytes(ToBytes(TransferLogLine(record) + QStringLiteral("\r\n")));
         log.Close();
     } catch (const SystemError& e) {
         qWarning().noquote()

@@ -1,6 +1,7 @@
 #include "platform/QtSerialLine.h"
 
 #include "platform/Errors.h"
+#include "platform/TextFile.h"
 
 #include <QFileInfo>
 #include <QScopeGuard>
@@ -239,7 +240,7 @@ int QtSerialLine::OutBufferCount() const {
 
 QString QtSerialLine::Input() {
     const qsizetype take = InputLen() > 0 ? qMin<qsizetype>(InputLen(), m_input.size()) : m_input.size();
-    const QString text = QString::fromLatin1(m_input.left(take));
+    const QString text = FromBytes(m_input.left(take));
     m_input.remove(0, take);
     return text;
 }
@@ -247,7 +248,7 @@ QString QtSerialLine::Input() {
 void QtSerialLine::Output(const QString& text) {
     if (!m_port.isOpen())
         throw DeviceUnavailableError(PortName(CommPort()), QStringLiteral("port is closed"));
-    const QByteArray bytes = text.toLatin1();
+    const QByteArray bytes = ToBytes(text);
     if (m_xoff) {
         m_held += bytes;
         return;

@@ -14,31 +14,34 @@ constexpr std::array<char16_t, 32> HighControls{
 
 } // namespace
 
-QString ScreenTextOf(const QByteArray& bytes) {
+QChar ScreenCharOf(quint8 byte) {
+    return (byte >= 0x80 && byte <= 0x9F) ? QChar(HighControls[byte - 0x80]) : QChar(byte);
+}
+
+int ByteOfScreenChar(QChar c) {
+    const char16_t code = c.unicode();
+    if (code < 0x80 || (code >= 0xA0 && code <= 0xFF))
+        return code;
+    for (std::size_t k = 0; k < HighControls.size(); ++k)
+        if (HighControls[k] == code)
+            return int(0x80 + k);
+    return -1;
+}
+
+QString ScreenTextOf(QByteArrayView bytes) {
     QString text(bytes.size(), Qt::Uninitialized);
-    for (qsizetype i = 0; i < bytes.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(bytes.at(i));
-        text[i] = (byte >= 0x80 && byte <= 0x9F) ? QChar(HighControls[byte - 0x80]) : QChar(byte);
-    }
+    QChar* out = text.data();
+    for (qsizetype i = 0; i < bytes.size(); ++i)
+        out[i] = ScreenCharOf(quint8(bytes[i]));
     return text;
 }
 
-QByteArray BytesOfScreenText(const QString& text) {
+QByteArray BytesOfScreenText(QStringView text) {
     QByteArray bytes(text.size(), Qt::Uninitialized);
+    char* out = bytes.data();
     for (qsizetype i = 0; i < text.size(); ++i) {
-        const char16_t c = text.at(i).unicode();
-        char byte = '?';
-        if (c < 0x80 || (c >= 0xA0 && c <= 0xFF)) {
-            byte = char(c);
-        } else {
-            for (std::size_t k = 0; k < HighControls.size(); ++k) {
-                if (HighControls[k] == c) {
-                    byte = char(0x80 + k);
-                    break;
-                }
-            }
-        }
-        bytes[i] = byte;
+        const int byte = ByteOfScreenChar(text[i]);
+        out[i] = byte < 0 ? '?' : char(byte);
     }
     return bytes;
 }

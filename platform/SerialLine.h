@@ -85,9 +85,10 @@ public:
     // What the program has queued and the device still holds.
     [[nodiscard]] virtual int OutBufferCount() const = 0;
     virtual void SetOutBufferCount(int count) = 0;
-    // Takes up to InputLen characters (all when 0) from the input buffer, one byte per QChar.
+    // Takes up to InputLen characters (all when 0) from the input buffer, each byte as the
+    // character the screen shows for it (FromBytes).
     [[nodiscard]] virtual QString Input() = 0;
-    // Queues characters (one byte per QChar) for sending.
+    // Queues characters for sending, each as its byte (ToBytes).
     virtual void Output(const QString& text) = 0;
 
     // --- Modem lines, where the device reports them ----------------------------------------------

@@ -2,6 +2,7 @@
 
 #include "platform/FileReplacement.h"
 #include "platform/HostPath.h"
+#include "platform/ScreenText.h"
 
 #include <cerrno>
 #include <cstring>
@@ -12,11 +13,11 @@ namespace kestrova {
 namespace fs = std::filesystem;
 
 QString FromBytes(const QByteArray& bytes) {
-    return QString::fromLatin1(bytes);
+    return ScreenTextOf(bytes);
 }
 
 QByteArray ToBytes(const QString& text) {
-    return text.toLatin1();
+    return BytesOfScreenText(text);
 }
 
 // --- LineReader ----------------------------------------------------------------------------
@@ -69,7 +70,7 @@ bool LineReader::AtEnd() {
 
 QString LineReader::ReadLine() {
     const QByteArrayView line = ReadLineBytes();
-    return QString::fromLatin1(line.data(), line.size());
+    return ScreenTextOf(line);
 }
 
 QByteArrayView LineReader::ReadLineBytes() {

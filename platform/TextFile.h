@@ -12,8 +12,9 @@ namespace kestrova {
 
 class FileReplacement;
 
-// Files are single-byte text. In memory each byte is one QChar of the same code (0..255), so a
-// text read and written again is byte for byte what it was; nothing converts an encoding.
+// Files are single-byte text. In memory each byte is the character the screen shows for it
+// (ScreenTextOf), so a text read and written again is byte for byte what it was; nothing
+// converts an encoding on disk. A character the screen's page cannot hold is written as "?".
 [[nodiscard]] QString FromBytes(const QByteArray& bytes);
 [[nodiscard]] QByteArray ToBytes(const QString& text);
 

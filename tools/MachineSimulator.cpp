@@ -40,6 +40,7 @@
 //   hangup              close the line and end
 //   quit                end
 #include "comms/CommParsers.h"
+#include "platform/TextFile.h"
 
 #include <QByteArray>
 #include <QFile>
@@ -159,7 +160,7 @@ Command Parse(const QString& text) {
 }
 
 QByteArray Sequence(const QString& pairs) {
-    return kestrova::ParseSequence(pairs).toLatin1();
+    return kestrova::ToBytes(kestrova::ParseSequence(pairs));
 }
 
 class Machine {
@@ -240,7 +241,7 @@ public:
             const QStringList parts = header->split(u',');
             const char markers[] = {23, 24, 25};
             for (qsizetype i = 0; i < 3; ++i)
-                stream += QByteArray(1, markers[i]) + parts.value(i).toLatin1() + "\r\n";
+                stream += QByteArray(1, markers[i]) + kestrova::ToBytes(parts.value(i)) + "\r\n";
         }
         stream += f.readAll();
         if (const auto trailer = c.Option("trailer"))

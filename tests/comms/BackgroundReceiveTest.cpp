@@ -56,8 +56,9 @@ protected:
     void SetUp() override { kestrova::testing::TestApplication(); }
 
     // Loads the installation with a "Kestrova.cms" for port 2 and starts the receive.
-    void Begin(const QString& trailer = QStringLiteral("1,37"), const QString& endSequence = QString()) {
-        fx.WriteLines(Cms, CmsLines("2", trailer, endSequence));
+    void Begin(const QString& trailer = QStringLiteral("1,37"), const QString& endSequence = QString(),
+               const QString& filter = QStringLiteral("0,127")) {
+        fx.WriteLines(Cms, CmsLines("2", trailer, endSequence, filter));
         fx.Load();
         auto line = std::make_unique<ScriptedSerialLine>();
         m_line = line.get();
@@ -91,6 +92,27 @@ TEST_F(BackgroundReceiveTest, StartPreparesTheBackgroundPortAndPortZeroLeavesItC
     fx.Remove(Cms);
     receive->Start();
     EXPECT_FALSE(line().PortOpen());
+}
+
+// Received bytes 0x80..0x9F are filtered and matched by the settings' codes of those bytes, and
+// names in the header are the names the data directory then lists, shown as Windows-1252.
+TEST_F(BackgroundReceiveTest, HighBytesInCodesNamesAndTextKeepTheirMeaning) {
+    Begin(QStringLiteral("1,153"), QString(), QStringLiteral("138"));
+    line().Feed("\x17PUNCH1\r\n\x18Teile\x80\r\n\x19\x8E"
+                "1\r\nG1 \x85\x8A\x9F\r\n\x99");
+    const QString teile = QStringLiteral("C:\\Jobs\\PUNCH1\\Teile\u20AC\\");
+    EXPECT_EQ(fx.Files().Find(QStringLiteral("C:\\Jobs\\PUNCH1\\T*"), EntryKinds::Directories),
+              QStringList(QStringLiteral("Teile\u20AC")));
+    EXPECT_EQ(fx.Files().Find(teile + "*.prg", EntryKinds::Files),
+              QStringList(QStringLiteral("\u017D1.prg")));
+    EXPECT_EQ(fx.Read(teile + QStringLiteral("\u017D1.prg")), "G1 \x85\x9F\r\n");
+    EXPECT_EQ(fx.Read(Lst), "\x8E"
+                            "1 in Teile\x80 for Trumpf Punch 5000\r\n");
+    EXPECT_EQ(receive->ReceiveList().entries,
+              QStringList(QStringLiteral("\u017D1 in Teile\u20AC for Trumpf Punch 5000")));
+    EXPECT_TRUE(fx.Read(QStringLiteral("C:\\Kestrova\\Transfer.log"))
+                    .contains("  \x8E"
+                              "1  "));
 }
 
 TEST_F(BackgroundReceiveTest, TwoProgramsInOneChunkAndTheTrailersLastCharacter) {

@@ -63,13 +63,14 @@ TEST_F(GeneralReceiveTest, LineEndsBecomeCrLfAndTheFilterDrops) {
         {"G1\r\n\rG2\n\r\n%", "G1\r\n\r\nG2\r\n\r\n%", {}},
         {"G1\n\rG2\x7F%", "G1\r\nG2%", {QChar(0x7F)}},
         {"G1\r\nG2\nG3\r\r%", "G1G2\r\nG3%", {QChar(13)}}, // a filtered CR still swallows its LF
+        {"G1 \x80\x8A\x9E\x9F%", "G1 \x80\x9E%", ParseCharacterList(QStringLiteral("138,159"))},
     };
     for (const Case& c : cases) {
         settings.ReceiveFilter = c.filter;
         EXPECT_EQ(Receive({c.in}), c.stored) << c.in.toStdString();
     }
     // The start character went out once per receive; the port was set for a general receive.
-    EXPECT_EQ(line.Sent(), QByteArray(5, '\x11'));
+    EXPECT_EQ(line.Sent(), QByteArray(6, '\x11'));
     EXPECT_EQ(line.Log().mid(0, 12).join(' '),
               "CommPort=2 Settings=9600,E,7,2 Handshaking=1 DTREnable=1 RTSEnable=1 InBufferCount=0 "
               "OutBufferCount=0 RThreshold=0 SThreshold=0 InputLen=0 NullDiscard=1 PortOpen=1");

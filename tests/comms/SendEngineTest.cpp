@@ -4,6 +4,7 @@
 #include "InstallationFixture.h"
 #include "ScriptedSerialLine.h"
 #include "TestApplication.h"
+#include "comms/CommSettings.h"
 
 #include <gtest/gtest.h>
 
@@ -150,6 +151,39 @@ TEST_F(SendEngineTest, HeadersReplaceTheLeader) {
             Send("G1\r", Plain(), {QStringLiteral("PUNCH1"), c.terminal, Int16::From(c.intermotion), false}),
             SendEnd::Sent);
         EXPECT_EQ(line.Sent().mid(before), c.start + "G1\r\n%") << c.intermotion;
+    }
+}
+
+// Bytes 0x80..0x9F leave as they stand in the program, the settings' codes in that range are
+// those bytes, and names from the data directory go into the header as the bytes they show.
+TEST_F(SendEngineTest, HighBytesCodesAndNamesLeaveAsTheirBytes) {
+    const QString cms = QStringLiteral("C:\\Jobs\\High.cms");
+    fx.WriteLines(cms, {"Control : Kestrova", "Port : 1", "Baud : 9600", "Parity : E", "Data Bits : 7",
+                        "Stop Bits : 2", "Handshake : RTS/CTS", "Start Mode : FORCE",
+                        "Start Character : ", "Leader : 1,129", "Line End : 1,13,1,10", "Trailer : 2,128",
+                        "End Sequence : ", "Send Filter : 138,159", "Receive Filter : ", "Time Out : 0"});
+    const SendSettings settings = ReadSendSettings(fx.Files(), cms);
+    struct Case {
+        bool terminal;
+        QString directory;
+        QString program;
+        QByteArray start;
+    };
+    const QList<Case> cases = {
+        {false, QStringLiteral("Parts"), QStringLiteral("P100"), "\x81"},
+        {true, QStringLiteral("Teile\u20AC"), QStringLiteral("\u017D1"),
+         "\x17PUNCH1\r\n\x18Teile\x80\r\n\x19\x8E"
+         "1\r\n"},
+    };
+    const QByteArray text("G1 \x80\x85\x8A\x9E\x9F\r\n");
+    fx.Write(Program, text);
+    for (const Case& c : cases) {
+        const qsizetype before = line.Sent().size();
+        engine.SetSettings(settings);
+        engine.SetMachine({QStringLiteral("PUNCH1"), c.terminal, Int16(), false});
+        EXPECT_EQ(engine.SendProgram(fx.Files(), c.directory, c.program, Program, text.size()),
+                  SendEnd::Sent);
+        EXPECT_EQ(line.Sent().mid(before), c.start + "G1 \x80\x85\x9E\r\n\x80\x80") << c.terminal;
     }
 }
 

@@ -1,6 +1,5 @@
 #include "InstallationFixture.h"
 #include "editing/forms/TextEditorWindow.h"
-#include "platform/ScreenText.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -13,19 +12,6 @@ using namespace kestrova;
 using kestrova::testing::InstallationFixture;
 
 namespace {
-
-TEST(ScreenTextTest, EveryByteComesBackAsItWas) {
-    QByteArray all;
-    for (int b = 0; b < 256; ++b)
-        all.append(char(b));
-    const QString screen = ScreenTextOf(all);
-    EXPECT_EQ(BytesOfScreenText(screen), all);
-    // Shown as Windows-1252: 0x80 is the euro sign, 0x9F "Ÿ"; Latin-1 above 0xA0.
-    EXPECT_EQ(screen.at(0x80), QChar(0x20AC));
-    EXPECT_EQ(screen.at(0x9F), QChar(0x0178));
-    EXPECT_EQ(screen.at(0xE9), QChar(0xE9));
-    EXPECT_EQ(BytesOfScreenText(QStringLiteral("\u4e2d")), QByteArray("?"));
-}
 
 class TextEditorTest : public ::testing::Test {
 protected:

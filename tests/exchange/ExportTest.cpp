@@ -133,6 +133,26 @@ TEST_F(Export, FirstFreeNumberSkipsEveryNumberAFileUses) {
     EXPECT_EQ(EightCharName("SHORT"), "SHORT");
 }
 
+// A name with characters of bytes 0x80..0x9F stands in the lookup table as those bytes, so that
+// the name read back from the table is the name of the data directory again.
+TEST_F(Export, HighCharacterNamesMatchTheirLookupEntryAndShortenByCharacters) {
+    const QString known = QStringLiteral("\u017D1 \u20AC");
+    const QString fresh = QStringLiteral("\u0160\u017E");
+    fx.Write(Parts + known + ".prg", "%\r\n\x80\r\n%\r\n");
+    fx.Write(Parts + fresh + ".prg", "%\r\n\x9F\r\n%\r\n");
+    fx.Write(Other + QStringLiteral("Work.lkp"), "\x8E"
+                                                 "1 \x80, 4 \r\n******\r\n");
+    fx.Messages().Script({Answer::Yes});
+    EXPECT_EQ(ExportFile(fx.session(), Parts, known, Other, known, 2, true, false, "prg"), 1);
+    EXPECT_EQ(fx.Messages().Texts().size(), 1) << "the known name is asked about";
+    EXPECT_EQ(fx.Read(Other + QStringLiteral("4")), "%\r\n\x80\r\n%\r\n");
+    EXPECT_EQ(ExportFile(fx.session(), Parts, fresh, Other, fresh, 2, true, false, "prg"), 1);
+    EXPECT_EQ(fx.Read(Other + QStringLiteral("Work.lkp")), "\x8E"
+                                                           "1 \x80, 4 \r\n\x8A\x9E, 1 \r\n******\r\n");
+    EXPECT_EQ(EightCharName(QStringLiteral("\u017D1 \u20AC \u0160\u017E\u0178 LONG")),
+              QStringLiteral("\u017D1\u20AC\u0160\u017E\u0178LO"));
+}
+
 TEST_F(Export, OkChecksTheChoiceAsksOnceAndReportsTheCount) {
     const struct {
         const char* what;

@@ -187,6 +187,39 @@ TEST_F(RainerFloppy, ImportSkipsNamesThatCouldLeaveTheDirectoryAndCountsVanished
                            "+c/Jobs/PUNCH1/Parts/Good.prg=floppy Good|"}));
 }
 
+// A name on the floppy is the name the data directory shows, and back: bytes 0x80..0x9F are
+// Windows-1252 characters both ways.
+TEST_F(RainerFloppy, HighByteNamesAreTheNamesTheDataDirectoryShows) {
+    fx.Settings().RainerType = 1;
+    const QString parts = QStringLiteral("C:\\Jobs\\PUNCH1\\Parts\\");
+    const struct {
+        QByteArray bytes;
+        QString shown;
+    } cases[] = {
+        {"\x8E"
+         "1",
+         QStringLiteral("\u017D1")},
+        {"\x80\x8A\x9F", QStringLiteral("\u20AC\u0160\u0178")},
+        {"\x81\xA0x", QStringLiteral("\u0081\u00A0x")},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.bytes.toHex().toStdString());
+        fx.Remove("A:\\");
+        fx.MakeDir("A:\\");
+        WriteIndex(1, {{1, c.bytes}});
+        EXPECT_EQ(Listed(), QStringList(c.shown + "@1"));
+        fx.Messages().Script({Answer::Yes});
+        EXPECT_EQ(RainerImport(fx.session(), {{c.shown, 1}}), RainOutcome::Close);
+        EXPECT_EQ(fx.Files().Find(parts + c.shown + ".*", EntryKinds::Files), QStringList(c.shown + ".prg"));
+
+        WriteIndex(1, {});
+        fx.Messages().Script({Answer::Yes});
+        EXPECT_EQ(RainerExport(fx.session(), {c.shown}), RainOutcome::Close);
+        EXPECT_EQ(fx.Read(Index).left(64), UsedRecord(1, c.bytes));
+        fx.Remove(parts + c.shown + ".prg");
+    }
+}
+
 TEST_F(RainerFloppy, NothingChosenClosesImportAndDeleteButKeepsExportOpen) {
     EXPECT_EQ(RainerExport(fx.session(), {}), RainOutcome::StayOnList);
     EXPECT_EQ(RainerImport(fx.session(), {}), RainOutcome::Close);

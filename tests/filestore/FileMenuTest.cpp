@@ -84,6 +84,25 @@ TEST_F(FileMenuTest, SelectMachineMakesTheChoiceCurrentAndSetsTheWindowUpForIt) 
     EXPECT_TRUE(window->Entry("FileMenu")->isEnabled());
 }
 
+// Machine descriptions with bytes 0x80..0x9F are shown as Windows-1252 in the machine form and
+// the status bar.
+TEST_F(FileMenuTest, MachineDescriptionsShowHighBytesAsWindows1252) {
+    fx.Write("C:\\Kestrova\\Machine.lst", "1,\"Trumpf Punch 5000\",\"PUNCH1\",\"Setman\",\"P\"\r\n"
+                                          "2,\"Rainer \x80 \x8A\x9E\x85\",\"RAINER\",\"Setman\",\"R\"\r\n"
+                                          "******\r\n");
+    ChooseMachine({Qt::Key_Down, Qt::Key_Return});
+    EXPECT_EQ(Status(), QStringLiteral(" Kestrova|Rainer \u20AC \u0160\u017E\u2026 "));
+    QStringList shown;
+    OnModal(&script, "MachineForm", [&shown](QDialog* form) {
+        const auto* list = form->findChild<QTreeWidget*>("MachineList");
+        for (int i = 0; i < list->topLevelItemCount(); ++i)
+            shown << list->topLevelItem(i)->text(1);
+        QTest::keyClick(form, Qt::Key_Escape);
+    });
+    Trigger("MachineItem");
+    EXPECT_EQ(shown, (QStringList{"Trumpf Punch 5000", QStringLiteral("Rainer \u20AC \u0160\u017E\u2026")}));
+}
+
 TEST_F(FileMenuTest, FileSearchChangesToTheFoundDirectoryAndRemembersTheFile) {
     OnModal(&script, "SearchForm", [](QDialog* form) {
         QTest::keyClicks(form->findChild<QLineEdit*>("CriteriaBox"), "sam");

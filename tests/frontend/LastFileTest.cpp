@@ -3,6 +3,7 @@
 #include "Frontend/Reload.h"
 #include "InstallationFixture.h"
 #include "RecordingFrame.h"
+#include "filestore/SelectDirectory.h"
 
 #include <gtest/gtest.h>
 
@@ -110,3 +111,33 @@ TEST_F(LastFileTest, AnotherMachineForgetsTheLastFile) {
 }
 
 } // namespace
+
+// Names of the data directory with characters of bytes 0x80..0x9F are remembered as those bytes
+// and found again: the current directory over a reload, the last file over a recall.
+TEST_F(LastFileTest, HighCharacterNamesAreRememberedAsTheirBytesAndFoundAgain) {
+    const struct {
+        QString directory;
+        QString name;
+        QByteArray directoryBytes;
+        QByteArray nameBytes;
+    } cases[] = {
+        {QStringLiteral("Teile\u20AC"), QStringLiteral("\u017D1"), "Teile\x80",
+         "\x8E"
+         "1"},
+        {QStringLiteral("\u0160\u2122"), QStringLiteral("\u0178 \u00A0x"), "\x8A\x99", "\x9F \xA0x"},
+    };
+    for (const auto& c : cases) {
+        fixture.Write(QStringLiteral("C:\\Jobs\\PUNCH1\\") + c.directory + u'\\' + c.name + ".prg", "%\r\n");
+        SelectDirectory(fixture.session(), c.directory);
+        EXPECT_TRUE(fixture.Read(QStringLiteral("C:\\Kestrova\\Kestrova.cfg"))
+                        .endsWith("\r\n" + c.directoryBytes + "\r\n******\r\n"));
+        fixture.Load();
+        EXPECT_EQ(fixture.Settings().CurrentDir, c.directory) << "the same directory after a reload";
+        RememberLastFile(fixture.session(), c.directory, c.name);
+        EXPECT_EQ(fixture.Read(LastFileLst), c.directoryBytes + "\r\n" + c.nameBytes + "\r\n******\r\n");
+        QString directory, name;
+        EXPECT_TRUE(RecallLastFile(fixture.session(), directory, name, 2));
+        EXPECT_EQ(directory, c.directory);
+        EXPECT_EQ(name, c.name);
+    }
+}

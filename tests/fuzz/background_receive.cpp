@@ -14,6 +14,7 @@
 #include "comms/ReceivedHeader.h"
 #include "filestore/Names.h"
 #include "platform/Blanks.h"
+#include "platform/ScreenText.h"
 #include "settings/SettingsFile.h"
 
 #include <QDirIterator>
@@ -102,7 +103,7 @@ public:
             m_receiving = true;
         }
         for (qsizetype i = 0; i < chunk.size(); ++i) {
-            const QChar c(char16_t(uchar(chunk.at(i))));
+            const QChar c = ScreenCharOf(uchar(chunk.at(i)));
             m_match += c;
             if (m_match != m_trailer.left(m_match.size()))
                 m_match.clear();

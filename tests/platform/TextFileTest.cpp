@@ -100,6 +100,62 @@ TEST(TextWriter, WritesCrLfAppendsAndReplacesOnlyOnClose) {
     EXPECT_THROW(WriteAllLines(files, QStringLiteral("C:\\No Such Dir\\x.txt"), {}), PathNotFoundError);
 }
 
+// Bytes 0x80..0x9F are shown as Windows-1252 whichever way a text is read, and every way of
+// writing gives back the byte: a byte read one way and written another would change on disk.
+TEST(ScreenText, HighBytesShowAsWindows1252AndGoBackToTheDiskUnchanged) {
+    struct Case {
+        char byte;
+        char16_t shown;
+    };
+    const Case cases[] = {{'\x80', u'\u20AC'},
+                          {'\x82', u'\u201A'},
+                          {'\x85', u'\u2026'},
+                          {'\x8A', u'\u0160'},
+                          {'\x8C', u'\u0152'},
+                          {'\x8E', u'\u017D'},
+                          {'\x91', u'\u2018'},
+                          {'\x96', u'\u2013'},
+                          {'\x99', u'\u2122'},
+                          {'\x9A', u'\u0161'},
+                          {'\x9E', u'\u017E'},
+                          {'\x9F', u'\u0178'},
+                          // The five codes the page leaves undefined stand for themselves.
+                          {'\x81', u'\u0081'},
+                          {'\x8D', u'\u008D'},
+                          {'\x8F', u'\u008F'},
+                          {'\x90', u'\u0090'},
+                          {'\x9D', u'\u009D'},
+                          // Above 0x9F the page is Latin-1: the no-break space stays a character of its own.
+                          {'\xA0', u'\u00A0'},
+                          {'\xE9', u'\u00E9'}};
+    InstallationFixture fx;
+    FileSystem& files = fx.Files();
+    const QString read = QStringLiteral("C:\\Kestrova\\In.txt");
+    const QString written = QStringLiteral("C:\\Kestrova\\Out.txt");
+    for (const Case& c : cases) {
+        SCOPED_TRACE(int(quint8(c.byte)));
+        const QByteArray bytes = QByteArray("Machine : A") + c.byte + "1";
+        const QString shown = QStringLiteral("Machine : A") + QChar(c.shown) + u'1';
+        fx.Write(read, bytes + "\r\n");
+        EXPECT_EQ(FromBytes(bytes), shown);
+        EXPECT_EQ(ReadAllLines(files, read), QStringList(shown));
+        EXPECT_EQ(LineReader(files, read).ReadLine(), shown);
+        EXPECT_EQ(ToBytes(shown), bytes);
+        // Text typed on screen goes to the disk as the byte it shows.
+        WriteAllLines(files, written, {shown});
+        EXPECT_EQ(fx.Read(written), bytes + "\r\n");
+        TextWriter writer(files, written, TextWriter::Mode::Append);
+        writer.Write(shown);
+        writer.Close();
+        EXPECT_EQ(fx.Read(written), bytes + "\r\n" + bytes);
+    }
+    QByteArray all;
+    for (int b = 0; b < 256; ++b)
+        all.append(char(b));
+    EXPECT_EQ(ToBytes(FromBytes(all)), all);
+    EXPECT_EQ(ToBytes(QStringLiteral("\u4e2d\u0080")), QByteArray("??")) << "not in the page";
+}
+
 TEST(RecordFile, ReadsAndWritesFixedRecordsNumberedFromOne) {
     InstallationFixture fx;
     const QString index = QStringLiteral("A:\\INDICE--.PRG");

@@ -1,5 +1,6 @@
 #include "InstallationFixture.h"
 
+#include "platform/TextFile.h"
 #include "settings/EnvironmentLoad.h"
 #include "settings/MachineLoad.h"
 #include "settings/SettingsFile.h"
@@ -17,7 +18,7 @@ namespace {
 QByteArray Lines(const QStringList& lines) {
     QByteArray bytes;
     for (const QString& line : lines)
-        bytes += line.toLatin1() + "\r\n";
+        bytes += ToBytes(line) + "\r\n";
     return bytes;
 }
 
@@ -176,7 +177,7 @@ QByteArray InstallationFixture::Read(const QString& systemPath) const {
 }
 
 QStringList InstallationFixture::ReadLines(const QString& systemPath) const {
-    QString text = QString::fromLatin1(Read(systemPath));
+    QString text = FromBytes(Read(systemPath));
     if (text.endsWith(QLatin1String("\r\n")))
         text.chop(2);
     return text.split(QStringLiteral("\r\n"));

@@ -1,5 +1,7 @@
 #include "ScriptedSerialLine.h"
 
+#include "platform/TextFile.h"
+
 namespace kestrova::testing {
 
 void ScriptedSerialLine::PropertyChanged(const char* name) {
@@ -67,7 +69,7 @@ void ScriptedSerialLine::SetOutBufferCount(int count) {
 
 QString ScriptedSerialLine::Input() {
     const qsizetype take = InputLen() > 0 ? qMin<qsizetype>(InputLen(), m_input.size()) : m_input.size();
-    const QString text = QString::fromLatin1(m_input.left(take));
+    const QString text = FromBytes(m_input.left(take));
     m_input.remove(0, take);
     return text;
 }
@@ -75,7 +77,7 @@ QString ScriptedSerialLine::Input() {
 void ScriptedSerialLine::Output(const QString& text) {
     if (!m_open)
         throw DeviceUnavailableError(PortName(CommPort()), QStringLiteral("port is closed"));
-    const QByteArray bytes = text.toLatin1();
+    const QByteArray bytes = ToBytes(text);
     if (m_hold)
         m_queued += bytes;
     else
