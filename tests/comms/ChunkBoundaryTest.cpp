@@ -4,6 +4,7 @@
 #include "ScriptedSerialLine.h"
 #include "TestApplication.h"
 #include "comms/BackgroundReceive.h"
+#include "platform/TextFile.h"
 #include "settings/SettingsFile.h"
 
 #include <gtest/gtest.h>
@@ -91,11 +92,11 @@ protected:
         for (int cut : cuts) {
             if (cut <= from || cut >= stream.size())
                 continue;
-            receive.TakeReceivedText(QString::fromLatin1(stream.mid(from, cut - from)));
+            receive.TakeReceivedText(FromBytes(stream.mid(from, cut - from)));
             chunkEnds << cut;
             from = cut;
         }
-        receive.TakeReceivedText(QString::fromLatin1(stream.mid(from)));
+        receive.TakeReceivedText(FromBytes(stream.mid(from)));
         chunkEnds << int(stream.size());
 
         std::string cutText;

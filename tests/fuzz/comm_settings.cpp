@@ -4,6 +4,7 @@
 #include "comms/CommParsers.h"
 #include "comms/CommSettings.h"
 #include "platform/Blanks.h"
+#include "platform/ScreenText.h"
 #include "settings/SettingsLine.h"
 
 using namespace kestrova;
@@ -30,7 +31,7 @@ void CheckValue(const QString& value) {
         KESTROVA_FUZZ_CHECK(TrimBlanks(value).isEmpty() ? list.isEmpty()
                                                         : list.size() == value.count(u',') + 1);
         for (const QChar c : list)
-            KESTROVA_FUZZ_CHECK(c.unicode() < 256);
+            KESTROVA_FUZZ_CHECK(ByteOfScreenChar(c) >= 0);
     } catch (const OverflowError&) {
     }
     try {
