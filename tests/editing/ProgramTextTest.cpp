@@ -116,6 +116,10 @@ TEST_F(ProgramTextTest, WholeFilesWithMixedLineEnds) {
         {Op::Strip, "", ""},
         {Op::Spaces, "  G01 X 10  Y5 \r\n   \r\n\r\nM30\tX", "G01X10Y5\r\nM30\tX\r\n"},
         {Op::Spaces, " \n \n", ""},
+        // Bytes 0x80..0xA0 are program text like any other: never converted, and no blank.
+        {Op::Renumber5By5, "G01 \x80\x8A\x9E\xA0\r\n\x85", "N5 G01 \x80\x8A\x9E\xA0\r\nN10 \x85\r\n"},
+        {Op::Strip, "N10 \x80\x9F\r\n", "\x80\x9F\r\n"},
+        {Op::Spaces, " \x85 X\xA0 \x9F ", "\x85X\xA0\x9F\r\n"},
     };
     for (const Case& c : cases) {
         fixture.Write(program, c.in);
