@@ -83,6 +83,7 @@ SendEnd SendEngine::SendProgram(const FileSystem& files, const QString& director
     m_started = false;
     m_aborted = false;
     m_lostMessage.clear();
+    m_stopEvent.reset();
     m_undrained = 0;
     // The program is read before the line is touched: a file that cannot be read costs the
     // control no leader.
@@ -137,7 +138,11 @@ SendEnd SendEngine::SendProgram(const FileSystem& files, const QString& director
 
     SendFileText(text, count);
 
+    // A control that drops CTS or the carrier now, for longer than the transfer's time-out, ends
+    // the send: the line raises its time-out, as it raises a break.
     m_phase = SendPhase::Trailer;
+    m_line.SetCTSTimeout(DrainLimitMs());
+    m_line.SetCDTimeout(DrainLimitMs());
     SendText(m_settings.Trailer);
     m_pause.Pause(m_settings.PauseAfterTrailer);
     // The port closes only once everything written has left: the control may still hold the
@@ -152,9 +157,15 @@ SendEnd SendEngine::SendProgram(const FileSystem& files, const QString& director
     return m_undrained > 0 ? SendEnd::Undrained : SendEnd::Sent;
 }
 
+int SendEngine::DrainLimitMs() const {
+    return m_settings.TimeOut > 0 ? m_settings.TimeOut : DefaultDrainLimitMs;
+}
+
 void SendEngine::Finish() {
     m_drainTick.stop();
     m_phase = SendPhase::Idle;
+    m_line.SetCTSTimeout(0);
+    m_line.SetCDTimeout(0);
     // Closing lets everything written leave the line first: the trailer is never cut off.
     if (m_line.PortOpen())
         m_line.SetPortOpen(false);
@@ -256,7 +267,7 @@ void SendEngine::WaitForRoom() {
 }
 
 void SendEngine::WaitForDrain() {
-    const int limitMs = m_settings.TimeOut > 0 ? m_settings.TimeOut : DefaultDrainLimitMs;
+    const int limitMs = DrainLimitMs();
     QTimer limit;
     limit.setSingleShot(true);
     int last = -1;
@@ -351,8 +362,11 @@ void SendEngine::OnComm(CommEvent event) {
         }
         break;
     case SendPhase::Trailer:
-        if (event == CommEvent::Break || event == CommEvent::CdTimeOut || event == CommEvent::CtsTimeOut)
+        if (event == CommEvent::Break || event == CommEvent::CdTimeOut || event == CommEvent::CtsTimeOut) {
+            if (!m_aborted)
+                m_stopEvent = event;
             m_aborted = true;
+        }
         break;
     case SendPhase::Idle:
         break;

@@ -14,6 +14,7 @@
 #include <QTimer>
 #include <bitset>
 #include <chrono>
+#include <optional>
 
 namespace kestrova {
 
@@ -91,6 +92,8 @@ public:
     [[nodiscard]] const SendProgress& Progress() const { return m_progress; }
     // The message of the last line loss, naming the port; empty when the line held.
     [[nodiscard]] const QString& LostMessage() const { return m_lostMessage; }
+    // The break or time-out of the line that aborted the last send in its trailer, if one did.
+    [[nodiscard]] std::optional<CommEvent> StopEvent() const { return m_stopEvent; }
     // How many characters had not left the line when the last send ended.
     [[nodiscard]] int Undrained() const { return m_undrained; }
 
@@ -114,6 +117,8 @@ private:
     // Waits until everything written has left the line, the send is aborted, or nothing has left
     // for the settings' time-out; what is still waiting then is Undrained().
     void WaitForDrain();
+    // How long the end of a send waits for the line: the settings' time-out, or a default.
+    [[nodiscard]] int DrainLimitMs() const;
     // Sleeps until the next event and lets it run.
     static void WaitForEvent();
     void Finish();
@@ -127,6 +132,7 @@ private:
     bool m_started = false;
     bool m_aborted = false;
     QString m_lostMessage;
+    std::optional<CommEvent> m_stopEvent;
     int m_undrained = 0;
     SendProgress m_progress;
     TransferRate m_rate;

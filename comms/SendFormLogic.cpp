@@ -10,6 +10,26 @@
 
 namespace kestrova {
 
+namespace {
+
+// What the control did to stop a send in its trailer, as the operator is told it.
+QString StopEventText(std::optional<CommEvent> event) {
+    if (!event)
+        return {};
+    switch (*event) {
+    case CommEvent::Break:
+        return QStringLiteral("A Break Arrived");
+    case CommEvent::CdTimeOut:
+        return QStringLiteral("The Carrier Stayed Off");
+    case CommEvent::CtsTimeOut:
+        return QStringLiteral("CTS Stayed Off");
+    default:
+        return {};
+    }
+}
+
+} // namespace
+
 SendFormLogic::SendFormLogic(Session& session, SendEngine& engine, SendKind kind)
     : m_session(session), m_engine(engine), m_kind(kind) {}
 
@@ -110,8 +130,10 @@ void SendFormLogic::SendOk_Click(const QStringList& names) {
             AppendTransferLog(m_session, record);
             throw;
         }
+        const QString stopped = end == SendEnd::Aborted ? StopEventText(m_engine.StopEvent()) : QString();
         if (end == SendEnd::Aborted)
-            record.Result = QStringLiteral("aborted");
+            record.Result =
+                stopped.isEmpty() ? QStringLiteral("aborted") : QStringLiteral("aborted: ") + stopped;
         else if (end == SendEnd::LineLost)
             record.Result = QStringLiteral("failed: ") + m_engine.LostMessage();
         else if (end == SendEnd::Undrained)
@@ -121,8 +143,13 @@ void SendFormLogic::SendOk_Click(const QStringList& names) {
             messages.ShowError(m_engine.LostMessage());
             return;
         }
-        if (end == SendEnd::Aborted)
-            return; // the operator's abort ends the run, silently
+        if (end == SendEnd::Aborted) {
+            // The operator's abort ends the run silently; the control's is told.
+            if (!stopped.isEmpty())
+                messages.Report(QStringLiteral("\"%1\" Was Not Sent Completely: %2 On \"%3\" !")
+                                    .arg(name, stopped, PortName(m_engine.Settings().Port)));
+            return;
+        }
         if (end == SendEnd::Undrained) {
             messages.Report(
                 QStringLiteral("\"%1\" Was Not Sent Completely: %2 Characters Did Not Leave \"%3\" !")

@@ -17,7 +17,9 @@ namespace {
 
 constexpr char Xon = 17;
 constexpr char Xoff = 19;
-constexpr int ModemPollMs = 50;
+// A device that reports its modem lines but cannot wait for their changes is looked at this
+// often (its counters still catch every pulse in between).
+constexpr int ModemPollMs = 500;
 // A device that may come back is looked for this often, besides its directory's changes.
 constexpr int DeviceRetryMs = 1000;
 
@@ -41,12 +43,14 @@ std::optional<LineCounters> ReadCounters(int fd) {
 } // namespace
 
 QtSerialLine::QtSerialLine(DeviceMap devices, QObject* parent)
-    : SerialLine(parent), m_devices(std::move(devices)), m_port(this), m_modemPoll(this),
+    : SerialLine(parent), m_devices(std::move(devices)), m_port(this), m_lineWatch(this), m_modemPoll(this),
       m_deviceRetry(this) {
     m_modemPoll.setInterval(ModemPollMs);
     m_deviceRetry.setInterval(DeviceRetryMs);
     connect(&m_deviceRetry, &QTimer::timeout, this, &SerialLine::DeviceMayBeBack);
-    connect(&m_modemPoll, &QTimer::timeout, this, &QtSerialLine::PollModemLines);
+    connect(&m_modemPoll, &QTimer::timeout, this, &QtSerialLine::LookAtModemLines);
+    connect(&m_lineWatch, &ModemLineWatch::Changed, this, &QtSerialLine::LookAtModemLines);
+    connect(&m_lineWatch, &ModemLineWatch::Ended, this, &QtSerialLine::OnWatchEnded);
     connect(&m_port, &QSerialPort::readyRead, this, &QtSerialLine::OnReadyRead);
     connect(&m_port, &QSerialPort::bytesWritten, this, &QtSerialLine::OnBytesWritten);
     connect(&m_port, &QSerialPort::errorOccurred, this, &QtSerialLine::OnError);
@@ -92,10 +96,12 @@ void QtSerialLine::Open() {
     }
     ApplyFlowAndLines();
     m_port.clear(QSerialPort::AllDirections);
-    // Modem lines are polled only where the device answers for them.
+    // The modem lines are watched only where the device answers for them.
     m_refused = false;
     const QSerialPort::PinoutSignals pins = m_port.pinoutSignals();
-    if (!m_refused && m_port.error() == QSerialPort::NoError) {
+    m_linesReported = !m_refused && m_port.error() == QSerialPort::NoError;
+    m_port.clearError();
+    if (m_linesReported) {
         m_cts = pins.testFlag(QSerialPort::ClearToSendSignal);
         m_dsr = pins.testFlag(QSerialPort::DataSetReadySignal);
         m_cd = pins.testFlag(QSerialPort::DataCarrierDetectSignal);
@@ -103,11 +109,25 @@ void QtSerialLine::Open() {
         m_counted = counters.has_value();
         if (counters)
             m_counters = *counters;
-        m_modemPoll.start();
+        m_lineWatch.Start(int(m_port.handle()));
     } else {
-        m_port.clearError();
         m_cts = m_dsr = m_cd = false;
     }
+    LookAtLineTimeOuts();
+}
+
+void QtSerialLine::OnWatchEnded(int error) {
+    Q_UNUSED(error);
+    // The device cannot wait for its lines: where it reports them, they are looked at now and
+    // then instead; elsewhere nothing depends on them.
+    if (m_port.isOpen() && !m_lost && m_linesReported)
+        m_modemPoll.start();
+}
+
+void QtSerialLine::StopWatchingLines() {
+    // Before the descriptor closes: the watch's thread waits on it.
+    m_lineWatch.Stop();
+    m_modemPoll.stop();
 }
 
 void QtSerialLine::WatchDevice(bool on) {
@@ -127,13 +147,15 @@ void QtSerialLine::WatchDevice(bool on) {
 }
 
 void QtSerialLine::Close() {
-    m_modemPoll.stop();
+    StopWatchingLines();
     FlushWithoutWaiting();
     if (m_port.isOpen())
         m_port.close();
     m_input.clear();
     m_held.clear();
     m_xoff = false;
+    m_linesReported = false;
+    LookAtLineTimeOuts();
 }
 
 void QtSerialLine::ApplyFraming() {
@@ -249,11 +271,11 @@ void QtSerialLine::Output(const QString& text) {
     if (!m_port.isOpen())
         throw DeviceUnavailableError(PortName(CommPort()), QStringLiteral("port is closed"));
     const QByteArray bytes = ToBytes(text);
-    if (m_xoff) {
+    if (m_xoff)
         m_held += bytes;
-        return;
-    }
-    m_port.write(bytes);
+    else
+        m_port.write(bytes);
+    LookAtLineTimeOuts();
 }
 
 void QtSerialLine::FlushWithoutWaiting() {
@@ -264,6 +286,11 @@ void QtSerialLine::FlushWithoutWaiting() {
 
 void QtSerialLine::OnReadyRead() {
     if (m_lost)
+        return;
+    // A break comes with a character (a NUL): its count is read with what arrived.
+    if (m_counted)
+        LookAtModemLines();
+    if (m_lost || !m_port.isOpen())
         return;
     if (TakeArrived() && !m_discarding && RThreshold() > 0 && m_input.size() >= RThreshold())
         Q_EMIT Comm(CommEvent::Receive);
@@ -342,17 +369,19 @@ void QtSerialLine::Lose(const QString& reason) {
     if (m_lost || !m_port.isOpen())
         return;
     m_lost = true;
-    m_modemPoll.stop();
+    StopWatchingLines();
     m_port.close();
     m_port.clearError();
     m_input.clear();
     m_held.clear();
     m_xoff = false;
+    m_linesReported = false;
+    LookAtLineTimeOuts();
     Q_EMIT LineLost(DeviceIoError(PortName(CommPort()), reason).text());
 }
 
-void QtSerialLine::PollModemLines() {
-    if (!m_port.isOpen())
+void QtSerialLine::LookAtModemLines() {
+    if (!m_port.isOpen() || m_lost || !m_linesReported)
         return;
     m_refused = false;
     m_configuring = true;
@@ -360,34 +389,29 @@ void QtSerialLine::PollModemLines() {
     m_configuring = false;
     if (m_refused || m_port.error() != QSerialPort::NoError) {
         m_port.clearError();
-        m_modemPoll.stop();
         return;
     }
     const bool cts = pins.testFlag(QSerialPort::ClearToSendSignal);
     const bool dsr = pins.testFlag(QSerialPort::DataSetReadySignal);
     const bool cd = pins.testFlag(QSerialPort::DataCarrierDetectSignal);
+    QList<CommEvent> events;
     if (const std::optional<LineCounters> now = ReadCounters(int(m_port.handle())); now && m_counted) {
-        const QList<CommEvent> events = EventsBetween(m_counters, *now);
+        events = EventsBetween(m_counters, *now);
         m_counters = *now;
-        m_cts = cts;
-        m_dsr = dsr;
-        m_cd = cd;
-        for (const CommEvent event : events)
-            Q_EMIT Comm(event);
-        return;
+    } else {
+        if (cts != m_cts)
+            events << CommEvent::CtsChange;
+        if (dsr != m_dsr)
+            events << CommEvent::DsrChange;
+        if (cd != m_cd)
+            events << CommEvent::CdChange;
     }
-    if (cts != m_cts) {
-        m_cts = cts;
-        Q_EMIT Comm(CommEvent::CtsChange);
-    }
-    if (dsr != m_dsr) {
-        m_dsr = dsr;
-        Q_EMIT Comm(CommEvent::DsrChange);
-    }
-    if (cd != m_cd) {
-        m_cd = cd;
-        Q_EMIT Comm(CommEvent::CdChange);
-    }
+    m_cts = cts;
+    m_dsr = dsr;
+    m_cd = cd;
+    LookAtLineTimeOuts();
+    for (const CommEvent event : events)
+        Q_EMIT Comm(event);
 }
 
 } // namespace kestrova

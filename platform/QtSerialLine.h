@@ -2,6 +2,7 @@
 
 #include "platform/DeviceMap.h"
 #include "platform/LineCounters.h"
+#include "platform/ModemLineWatch.h"
 #include "platform/SerialLine.h"
 
 #include <QByteArray>
@@ -25,14 +26,16 @@ namespace kestrova {
 //   kernel's queue is read first, never thrown away, so no flow control is eaten.
 // - While the device is watched for (WatchDevice), its directory is watched and looked at
 //   again every second, and DeviceMayBeBack raised.
-// - CTS, DSR and CD are polled while the port is open where the device reports them;
-//   pseudo-terminals refuse modem-line requests, and that refusal is harmless.
+// - Modem-line changes are waited for on a thread of its own (ModemLineWatch), where the device
+//   allows it; each one wakes the user-interface thread, which reads the kernel's counts of
+//   changes and breaks (TIOCGICOUNT), so a pulse of any length raises its event. A break arrives
+//   with a character, so the counts are read again whenever characters arrive, and every break
+//   raises Break. A device that reports the levels but refuses the wait is looked at twice a
+//   second instead; pseudo-terminals refuse both, and that refusal is harmless: no line event.
+// - The CD and CTS time-outs (SerialLine) count on the levels found at each look.
 // - The first hang-up, read error or removed device closes the port and raises LineLost once.
 //   (On a pseudo-terminal whose far end closed, QSerialPort would otherwise repeat ReadError
 //   for as long as the port stays open.)
-// - Where the device counts modem-line changes and breaks (TIOCGICOUNT), the look at the lines
-//   compares counters, so a pulse of any length raises its event and every break raises Break.
-//   Carrier-detect and CTS time-outs are not raised.
 class QtSerialLine final : public SerialLine {
     Q_OBJECT
 public:
@@ -49,6 +52,8 @@ public:
     void Output(const QString& text) override;
     [[nodiscard]] bool CTSHolding() const override { return m_cts; }
     [[nodiscard]] bool DSRHolding() const override { return m_dsr; }
+    [[nodiscard]] bool CDHolding() const override { return m_cd; }
+    [[nodiscard]] bool ModemLinesReported() const override { return m_linesReported; }
     [[nodiscard]] bool OutputHeld() const override { return m_port.isOpen() && m_xoff; }
     void WatchDevice(bool on) override;
 
@@ -70,13 +75,17 @@ private:
     void OnReadyRead();
     void OnBytesWritten();
     void OnError(QSerialPort::SerialPortError error);
-    void PollModemLines();
+    // Reads the modem lines and the kernel's counts, raising an event for each change found.
+    void LookAtModemLines();
+    void OnWatchEnded(int error);
+    void StopWatchingLines();
     void Lose(const QString& reason);
     [[nodiscard]] int KernelOutputCount() const;
 
     DeviceMap m_devices;
     QSerialPort m_port;
-    QTimer m_modemPoll;
+    ModemLineWatch m_lineWatch;
+    QTimer m_modemPoll;                      // only where the device reports the lines but refuses the wait
     QFileSystemWatcher* m_watcher = nullptr; // the device's directory, while watched
     QTimer m_deviceRetry;
     QByteArray m_input;
@@ -85,6 +94,7 @@ private:
     bool m_cts = false;
     bool m_dsr = false;
     bool m_cd = false;
+    bool m_linesReported = false;
     bool m_counted = false; // the device counts modem-line changes and breaks
     LineCounters m_counters;
     bool m_lost = false;

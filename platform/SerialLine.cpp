@@ -39,6 +39,63 @@ QString PortName(int port) {
     return QStringLiteral("COM%1").arg(port);
 }
 
+SerialLine::SerialLine(QObject* parent) : QObject(parent) {
+    for (LineTimeOut* t : {&m_ctsWatch, &m_cdWatch})
+        t->timer.setSingleShot(true);
+    connect(&m_ctsWatch.timer, &QTimer::timeout, this,
+            [this] { Expired(m_ctsWatch, CtsLow(), CommEvent::CtsTimeOut); });
+    connect(&m_cdWatch.timer, &QTimer::timeout, this,
+            [this] { Expired(m_cdWatch, CarrierLow(), CommEvent::CdTimeOut); });
+}
+
+void SerialLine::SetCTSTimeout(int ms) {
+    m_ctsTimeout = qMax(0, ms);
+    m_ctsWatch.timer.stop();
+    LookAtLineTimeOuts();
+}
+
+void SerialLine::SetCDTimeout(int ms) {
+    m_cdTimeout = qMax(0, ms);
+    m_cdWatch.timer.stop();
+    LookAtLineTimeOuts();
+}
+
+bool SerialLine::CtsLow() const {
+    return m_ctsTimeout > 0 && (m_handshaking & 2) && PortOpen() && ModemLinesReported() && !CTSHolding();
+}
+
+bool SerialLine::CarrierLow() const {
+    return m_cdTimeout > 0 && m_carrierSeen && PortOpen() && ModemLinesReported() && !CDHolding();
+}
+
+void SerialLine::LookAtLineTimeOuts() {
+    if (!PortOpen())
+        m_carrierSeen = false;
+    else if (ModemLinesReported() && CDHolding())
+        m_carrierSeen = true;
+    Arm(m_ctsWatch, CtsLow(), m_ctsTimeout);
+    Arm(m_cdWatch, CarrierLow(), m_cdTimeout);
+}
+
+void SerialLine::Arm(LineTimeOut& t, bool low, int ms) {
+    if (!low) {
+        t.timer.stop();
+        t.raised = false;
+    } else if (!t.raised && !t.timer.isActive()) {
+        // Counted from when the line was found low with characters to send; whether any still
+        // wait is asked when the time is up.
+        t.timer.start(ms);
+    }
+}
+
+void SerialLine::Expired(LineTimeOut& t, bool low, CommEvent event) {
+    // Nothing waiting to go out: the line may stay low; the next character queued arms it again.
+    if (!low || OutBufferCount() == 0)
+        return;
+    t.raised = true;
+    Q_EMIT Comm(event);
+}
+
 void SerialLine::SetCommPort(int port) {
     if (port < 1 || port > 255)
         throw DeviceUnavailableError(PortName(port), QStringLiteral("no such port"));
@@ -60,6 +117,7 @@ void SerialLine::SetHandshaking(int code) {
                                      QStringLiteral("handshaking %1 rejected").arg(code));
     m_handshaking = code;
     PropertyChanged("Handshaking");
+    LookAtLineTimeOuts();
 }
 
 void SerialLine::SetDTREnable(bool on) {

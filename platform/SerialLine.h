@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <QString>
+#include <QTimer>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -45,7 +46,7 @@ struct LineFraming {
 class SerialLine : public QObject {
     Q_OBJECT
 public:
-    explicit SerialLine(QObject* parent = nullptr) : QObject(parent) {}
+    explicit SerialLine(QObject* parent = nullptr);
     ~SerialLine() override = default;
 
     // --- Set-up, kept until changed ----------------------------------------------------------
@@ -94,6 +95,18 @@ public:
     // --- Modem lines, where the device reports them ----------------------------------------------
     [[nodiscard]] virtual bool CTSHolding() const = 0;
     [[nodiscard]] virtual bool DSRHolding() const = 0;
+    [[nodiscard]] virtual bool CDHolding() const = 0;
+    // The device tells the levels of the modem lines (a pseudo-terminal does not).
+    [[nodiscard]] virtual bool ModemLinesReported() const { return true; }
+
+    // How long, in milliseconds, CTS (with RTS/CTS handshaking) or the carrier (once it has been
+    // seen since the port opened) may stay low while characters wait to go out: then CtsTimeOut
+    // or CdTimeOut is raised, once until the line rises again. 0, as at first, never raises it.
+    // Only the levels a device reports count: a line that reports none never times out.
+    void SetCTSTimeout(int ms);
+    [[nodiscard]] int CTSTimeout() const { return m_ctsTimeout; }
+    void SetCDTimeout(int ms);
+    [[nodiscard]] int CDTimeout() const { return m_cdTimeout; }
 
     // --- Flow control and the device ---------------------------------------------------------
     // The far end's XOFF holds the output back: nothing leaves until its XON, and a close now
@@ -116,8 +129,27 @@ Q_SIGNALS:
 protected:
     // Called after a set-up property changed, so that an open port can take the new value.
     virtual void PropertyChanged(const char* name) { Q_UNUSED(name); }
+    // Called by a line whenever the port opened or closed, a modem line changed, the handshaking
+    // changed or characters were queued: arms or stops the CD and CTS time-outs.
+    void LookAtLineTimeOuts();
 
 private:
+    // One of the two time-outs: the line it watches, and whether it has been raised already.
+    struct LineTimeOut {
+        QTimer timer;
+        bool raised = false;
+    };
+    void Arm(LineTimeOut& t, bool low, int ms);
+    void Expired(LineTimeOut& t, bool low, CommEvent event);
+    [[nodiscard]] bool CtsLow() const;
+    [[nodiscard]] bool CarrierLow() const;
+
+    int m_ctsTimeout = 0;
+    int m_cdTimeout = 0;
+    LineTimeOut m_ctsWatch;
+    LineTimeOut m_cdWatch;
+    bool m_carrierSeen = false; // since the port opened
+
     int m_commPort = 1;
     QString m_settings = QStringLiteral("9600,N,8,1");
     int m_handshaking = 0;

@@ -84,15 +84,15 @@ TEST_F(SendEngineTest, EachStartModeStartsOnItsOwnCondition) {
         {StartMode::Auto, 1, QStringLiteral("\x11"), [&] { line.Feed("abc"); }, [&] { line.Feed("x\x11"); }},
         {StartMode::Auto, 0, {}, [] {}, [&] { line.Feed("z"); }},
         {StartMode::Any, 0, {}, [&] { line.Raise(CommEvent::CtsChange); }, [&] { line.Feed("z"); }},
-        {StartMode::Cts, 0, {}, [&] { line.SetDsr(true); }, [&] { line.SetCts(true); }},
-        {StartMode::Dsr, 0, {}, [&] { line.SetCts(false); }, [&] { line.SetDsr(false); }},
+        {StartMode::Cts, 0, {}, [&] { line.SetDsr(true); }, [&] { line.SetCts(false); }},
+        {StartMode::Dsr, 0, {}, [&] { line.SetCts(true); }, [&] { line.SetDsr(false); }},
         {StartMode::Event, 0, {}, [] {}, [&] { line.Raise(CommEvent::Break); }},
         {StartMode::Manual,
          3,
          {},
          [&] {
              line.Feed("\x11");
-             line.SetCts(true);
+             line.SetCts(false);
          },
          [&] { engine.SendFrc_Click(); }},
     };
@@ -413,4 +413,61 @@ TEST_F(SendEngineTest, ASendHeldByXoffSleepsOnTheLinesEvents) {
     // asks once per event (here: the XON only).
     EXPECT_GE(queriesWhileHeld, 0);
     EXPECT_LT(queriesWhileHeld, 10);
+}
+
+TEST_F(SendEngineTest, TheControlStopsTheTrailerWithABreakOrALineLeftLow) {
+    // The trailer waits to go out (held by the control) while the control drops a line or sends
+    // a break; the transfer's time-out is 300 ms.
+    struct Case {
+        const char* what;
+        int handshaking;
+        std::function<void()> control; // done once the trailer phase begins
+        SendEnd end;
+        std::optional<CommEvent> event;
+    };
+    const QList<Case> cases = {
+        {"CTS dropped with RTS/CTS", 2, [&] { line.SetCts(false); }, SendEnd::Aborted, CommEvent::CtsTimeOut},
+        {"CTS dropped without RTS/CTS", 1, [&] { line.SetCts(false); }, SendEnd::Undrained, {}},
+        {"CTS held up", 2, [] {}, SendEnd::Undrained, {}},
+        {"carrier dropped", 0, [&] { line.SetCd(false); }, SendEnd::Aborted, CommEvent::CdTimeOut},
+        {"a break", 0, [&] { line.Raise(CommEvent::Break); }, SendEnd::Aborted, CommEvent::Break},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        SendSettings s = Plain();
+        s.Handshaking = c.handshaking;
+        s.Start = StartMode::Event;
+        s.TimeOut = 300;
+        line.HoldOutput(false);
+        line.SetCts(true);
+        line.SetCd(true);
+        const qsizetype before = line.Sent().size();
+        When(
+            &script, [&] { return Waiting() && line.PortOpen(); }, [&] { engine.SendFrc_Click(); });
+        When(
+            &script, [&] { return engine.Phase() == SendPhase::Trailer; },
+            [&] {
+                line.HoldOutput(true);
+                c.control();
+            });
+        EXPECT_EQ(Send("G1\r", s), c.end);
+        EXPECT_EQ(engine.StopEvent(), c.event);
+        EXPECT_EQ(line.Sent().mid(before), Leader + "G1\r\n"); // the trailer never left
+        EXPECT_FALSE(line.PortOpen());
+    }
+
+    // Low for longer than the time-out, but with nothing waiting to go out: no time-out.
+    SendSettings s = Plain();
+    s.TimeOut = 100;
+    s.PauseAfterTrailer = 300;
+    line.HoldOutput(false);
+    line.SetCd(true);
+    When(
+        &script, [&] { return engine.Phase() == SendPhase::Trailer; },
+        [&] {
+            line.SetCts(false);
+            line.SetCd(false);
+        });
+    EXPECT_EQ(Send("G1\r", s), SendEnd::Sent);
+    EXPECT_FALSE(engine.StopEvent());
 }

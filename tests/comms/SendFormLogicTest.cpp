@@ -1,5 +1,6 @@
 #include "comms/SendFormLogic.h"
 
+#include "EventScript.h"
 #include "InstallationFixture.h"
 #include "ScriptedSerialLine.h"
 #include "TestApplication.h"
@@ -63,6 +64,19 @@ TEST_F(SendFormLogicTest, EachSelectedProgramGoesOutInTurn) {
     logic.SendOk_Click({"Plate"});
     EXPECT_TRUE(line.Sent().endsWith("\x17LASER\r\n\x18Kestrova\r\n\x19Plate\r\n%\r\n%\r\n%"));
     EXPECT_EQ(fx.Settings().MachineDir, "PUNCH1"); // the current machine stays as it was
+}
+
+TEST_F(SendFormLogicTest, ABreakInTheTrailerIsToldAndEndsTheRun) {
+    SendFormLogic logic(fx.session(), engine, SendKind::Program);
+    logic.Form_Load();
+    ControlAsksEachTime();
+    When(
+        &script, [&] { return engine.Phase() == SendPhase::Trailer; }, [&] { line.Raise(CommEvent::Break); });
+    logic.SendOk_Click({"Bracket", "Cover"});
+    EXPECT_EQ(fx.Messages().Texts(),
+              QStringList{"\"Bracket\" Was Not Sent Completely: A Break Arrived On \"COM1\" !"});
+    EXPECT_EQ(line.Opens(), 2); // Cover is not sent
+    EXPECT_FALSE(line.Sent().endsWith('%'));
 }
 
 TEST_F(SendFormLogicTest, RefusalsAndFailuresNameWhatFailed) {

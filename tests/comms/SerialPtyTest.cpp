@@ -2,10 +2,14 @@
 #include "InstallationFixture.h"
 #include "SimulatorProcess.h"
 #include "TestApplication.h"
+#include "platform/ModemLineWatch.h"
 #include "platform/QtSerialLine.h"
 
 #include <QFile>
+#include <cerrno>
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 using namespace kestrova;
 using namespace kestrova::testing;
@@ -80,6 +84,40 @@ TEST_F(SerialPty, PortsMapThroughTheDeviceMapAndModemLineRefusalsAreHarmless) {
         EXPECT_EQ(e.subject(), "COM9");
     }
     EXPECT_FALSE(absent.PortOpen());
+}
+
+TEST_F(SerialPty, APseudoTerminalRefusesTheModemLineWaitAndRaisesNoLineEvent) {
+    // The watch's thread meets the refusal and ends by itself, telling why.
+    const int master = ::posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_GE(master, 0);
+    ASSERT_EQ(::grantpt(master), 0);
+    ASSERT_EQ(::unlockpt(master), 0);
+    const int slave = ::open(::ptsname(master), O_RDWR | O_NOCTTY);
+    ASSERT_GE(slave, 0);
+    ModemLineWatch watch;
+    int ended = 0;
+    QObject::connect(&watch, &ModemLineWatch::Ended, [&](int error) { ended = error; });
+    watch.Start(slave);
+    EXPECT_TRUE(RunEventsUntil([&] { return ended != 0; }, 5000));
+    EXPECT_EQ(ended, ENOTTY);
+    watch.Stop();
+    EXPECT_FALSE(watch.Running());
+    ::close(slave);
+    ::close(master);
+
+    // The line carries on without the lines' levels: no time-out is ever raised, however long
+    // its output waits on a low CTS.
+    QList<CommEvent> events;
+    QObject::connect(line.get(), &SerialLine::Comm, [&](CommEvent e) { events << e; });
+    Open(3);
+    EXPECT_FALSE(line->ModemLinesReported());
+    line->SetCTSTimeout(50);
+    line->SetCDTimeout(50);
+    line->Output("G1 X10");
+    RunEventsUntil([] { return false; }, 300);
+    EXPECT_FALSE(events.contains(CommEvent::CtsTimeOut));
+    EXPECT_FALSE(events.contains(CommEvent::CdTimeOut));
+    EXPECT_TRUE(lost.isEmpty());
 }
 
 TEST_F(SerialPty, NullDiscardAndTheReceiveThreshold) {

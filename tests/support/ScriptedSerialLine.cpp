@@ -51,6 +51,7 @@ void ScriptedSerialLine::SetPortOpen(bool open) {
         m_input.clear();
     }
     m_open = open;
+    LookAtLineTimeOuts();
 }
 
 void ScriptedSerialLine::SetInBufferCount(int count) {
@@ -82,6 +83,7 @@ void ScriptedSerialLine::Output(const QString& text) {
         m_queued += bytes;
     else
         m_sent += bytes;
+    LookAtLineTimeOuts();
 }
 
 void ScriptedSerialLine::Feed(const QByteArray& bytes) {
@@ -98,6 +100,7 @@ void ScriptedSerialLine::Feed(const QByteArray& bytes) {
 void ScriptedSerialLine::SetCts(bool on) {
     const bool changed = on != m_cts;
     m_cts = on;
+    LookAtLineTimeOuts();
     if (changed && m_open)
         Q_EMIT Comm(CommEvent::CtsChange);
 }
@@ -107,6 +110,14 @@ void ScriptedSerialLine::SetDsr(bool on) {
     m_dsr = on;
     if (changed && m_open)
         Q_EMIT Comm(CommEvent::DsrChange);
+}
+
+void ScriptedSerialLine::SetCd(bool on) {
+    const bool changed = on != m_cd;
+    m_cd = on;
+    LookAtLineTimeOuts();
+    if (changed && m_open)
+        Q_EMIT Comm(CommEvent::CdChange);
 }
 
 void ScriptedSerialLine::Raise(CommEvent event) {
@@ -122,6 +133,7 @@ void ScriptedSerialLine::HangUp() {
     m_queued.clear();
     m_kernelBacklog = 0;
     m_log << QStringLiteral("PortOpen=0");
+    LookAtLineTimeOuts();
     Q_EMIT LineLost(DeviceIoError(PortName(CommPort()), QStringLiteral("the line hung up")).text());
 }
 

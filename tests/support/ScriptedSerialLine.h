@@ -34,6 +34,7 @@ public:
     void Output(const QString& text) override;
     [[nodiscard]] bool CTSHolding() const override { return m_cts; }
     [[nodiscard]] bool DSRHolding() const override { return m_dsr; }
+    [[nodiscard]] bool CDHolding() const override { return m_cd; }
     [[nodiscard]] bool OutputHeld() const override { return m_hold; }
     void WatchDevice(bool on) override { m_watching = on; }
 
@@ -43,6 +44,7 @@ public:
     void Feed(const QByteArray& bytes);
     void SetCts(bool on); // raises the CTS change event when it changes on an open port
     void SetDsr(bool on); // the same for DSR
+    void SetCd(bool on);  // the same for the carrier
     void Raise(CommEvent event);
     // The far end hangs up: an open port is closed and LineLost raised, once.
     void HangUp();
@@ -79,8 +81,9 @@ protected:
 private:
     bool m_open = false;
     bool m_hold = false;
-    bool m_cts = false;
+    bool m_cts = true; // a control that is ready to take characters
     bool m_dsr = false;
+    bool m_cd = false;
     int m_kernelBacklog = 0;
     int m_opens = 0;
     mutable int m_outQueries = 0;
