@@ -3,6 +3,7 @@
 #include "comms/PortSetup.h"
 #include "comms/ReceivedHeader.h"
 #include "comms/TransferLog.h"
+#include "comms/UnfiledProgram.h"
 #include "filestore/Names.h"
 #include "platform/Blanks.h"
 #include "platform/ScreenText.h"
@@ -112,14 +113,24 @@ void BackgroundReceive::Stop() {
 void BackgroundReceive::CloseLine() {
     if (m_line->PortOpen())
         m_line->SetPortOpen(false);
+    m_pending.clear();
+    m_keptPath.clear();
     CloseTemp();
     m_receiving = false;
-    if (!m_tempPath.isEmpty() && m_session.files.IsFile(m_tempPath))
+    if (!m_tempHeld && !m_tempPath.isEmpty() && m_session.files.IsFile(m_tempPath))
         m_session.files.Delete(m_tempPath);
 }
 
 void BackgroundReceive::OpenTemp() {
-    m_temp = std::make_unique<TextWriter>(m_session.files, m_tempPath, TextWriter::Mode::Create);
+    m_keptPath.clear();
+    if (m_tempHeld) {
+        // A program that could not be moved out of "Receive.tmp": tried again, quietly.
+        QString failure;
+        m_tempHeld = kestrova::KeepUnfiled(m_session.files, m_session.settings.ProgramPath, m_tempPath,
+                                           failure) == m_tempPath;
+    }
+    m_temp = std::make_unique<TextWriter>(m_session.files, m_tempPath,
+                                          m_tempHeld ? TextWriter::Mode::Append : TextWriter::Mode::Create);
     m_receiving = true;
 }
 
@@ -139,8 +150,8 @@ void BackgroundReceive::TakeReceivedText(const QString& chunk) {
     // Characters go to the file in runs; the order of the steps is that of one character at a time.
     QByteArray run;
     auto flush = [this, &run] {
-        if (!run.isEmpty() && m_temp)
-            m_temp->WriteBytes(run);
+        if (!run.isEmpty())
+            WriteReceived(run);
         run.clear();
     };
     for (qsizetype i = 0; i < chunk.size(); ++i) {
@@ -169,14 +180,25 @@ void BackgroundReceive::TakeReceivedText(const QString& chunk) {
             // All of the trailer but its last character is in the file by now; the last one
             // goes to the next program when this chunk goes on, and nowhere otherwise.
             flush();
-            CloseTemp();
-            m_receiving = false;
+            const bool keptAlready = !m_keptPath.isEmpty();
             try {
-                FileReceivedProgram();
+                CloseTemp();
             } catch (const SystemError& e) {
-                // Nothing received is discarded, and the rest of the chunk goes on.
-                KeepUnfiled(e.text());
+                if (!keptAlready)
+                    DivertAfterWriteFailure(e.text());
             }
+            m_receiving = false;
+            if (m_keptPath.isEmpty()) {
+                try {
+                    FileReceivedProgram();
+                    m_tempHeld = false;
+                } catch (const SystemError& e) {
+                    // Nothing received is discarded, and the rest of the chunk goes on.
+                    KeepUnfiled(e.text());
+                }
+            }
+            m_keptPath.clear();
+            m_temp.reset();
             if (i + 1 < chunk.size())
                 OpenTemp();
         }
@@ -221,20 +243,24 @@ void BackgroundReceive::FileReceivedProgram() {
         description = g.MachineDescription;
     }
 
-    const QString directory = header.Directory.isEmpty() ? g.CurrentDir : header.Directory;
+    // Header names have been checked as names from outside; the store checks them again where
+    // they are joined to a path, as every store does.
+    const QString directory =
+        header.Directory.isEmpty() || !StaysInDirectory(header.Directory) ? g.CurrentDir : header.Directory;
     const QString path = PathJoin(g, machine, directory);
     if (!files.IsDirectory(path.chopped(1)))
         files.MakeDirectory(path.chopped(1));
 
     QString program = header.Program;
-    if (program.isEmpty()) {
+    std::optional<QString> named = FileInDirectory(path, program, QStringLiteral("prg"));
+    if (program.isEmpty() || !named) {
         Int16 n = 1;
         while (files.Exists(path + DefaultStem + NumberText(n) + QStringLiteral(".prg")))
             ++n;
         program = DefaultStem + NumberText(n);
+        named = FileInDirectory(path, program, QStringLiteral("prg"));
     }
-
-    const QString target = path + program + QStringLiteral(".prg");
+    const QString target = *named;
     if (files.Exists(target))
         files.Delete(target);
     try {
@@ -283,26 +309,70 @@ void BackgroundReceive::AddListLine(const QString& entry) {
 
 void BackgroundReceive::KeepUnfiled(const QString& reason) {
     FileSystem& files = m_session.files;
-    const QString directory = m_session.settings.ProgramPath;
-    QString kept = m_tempPath;
+    QString failure;
+    const QString kept = kestrova::KeepUnfiled(files, m_session.settings.ProgramPath, m_tempPath, failure);
+    // Where it could not be moved, the program stays in "Receive.tmp": the next program is added
+    // to it instead of replacing it, and stopping the receive leaves it.
+    m_tempHeld = kept == m_tempPath;
+    TellUnfiled(kept, reason, failure);
+}
+
+void BackgroundReceive::TellUnfiled(const QString& kept, const QString& reason, const QString& failure) {
+    FileSystem& files = m_session.files;
     try {
-        Int16 n = 1;
-        while (files.Exists(directory + UnfiledStem + NumberText(n) + QStringLiteral(".prg")))
-            ++n;
-        const QString free = directory + UnfiledStem + NumberText(n) + QStringLiteral(".prg");
-        // Renamed, not copied: a full disk cannot stop it.
-        files.Rename(m_tempPath, free);
-        kept = free;
         AddListLine(LastComponent(kept) + QStringLiteral(" not filed: ") + reason);
+        RefreshReceiveList();
     } catch (const SystemError& e) {
         qWarning().noquote() << QStringLiteral("Kestrova: %1").arg(e.text());
     }
-    RefreshReceiveList();
     AppendTransferLog(m_session,
                       {m_session.settings.MachineDir, m_settings.Port, LastComponent(kept),
                        files.IsFile(kept) ? files.Length(kept) : 0, QStringLiteral("failed: ") + reason});
-    m_session.messages.ShowError(reason + QStringLiteral("\nThe Received Program Is Kept In \"") + kept +
-                                 QStringLiteral("\" !"));
+    QString text =
+        reason + QStringLiteral("\nThe Received Program Is Kept In \"") + kept + QStringLiteral("\" !");
+    if (!failure.isEmpty())
+        text += u'\n' + failure;
+    m_session.messages.ShowError(text);
+}
+
+void BackgroundReceive::WriteReceived(const QByteArray& bytes) {
+    m_pending += bytes;
+    if (m_pending.isEmpty() || !m_temp)
+        return;
+    try {
+        m_temp->WriteBytes(m_pending);
+        m_pending.clear();
+        return;
+    } catch (const SystemError& e) {
+        if (m_keptPath.isEmpty())
+            DivertAfterWriteFailure(e.text());
+        // else: the program's own file failed too; what did not reach it waits here and goes
+        // with the next characters.
+    }
+}
+
+void BackgroundReceive::DivertAfterWriteFailure(const QString& reason) {
+    // "Receive.tmp" cannot take more: what it holds is moved to a file of its own, and the rest
+    // of this program follows it there.
+    FileSystem& files = m_session.files;
+    try {
+        CloseTemp();
+    } catch (const SystemError&) {
+    }
+    QString failure;
+    const QString kept = kestrova::KeepUnfiled(files, m_session.settings.ProgramPath, m_tempPath, failure);
+    // Where it could not be moved, it stays in "Receive.tmp", which is then never replaced.
+    m_tempHeld = kept == m_tempPath;
+    m_keptPath = kept;
+    try {
+        m_temp = std::make_unique<TextWriter>(files, kept, TextWriter::Mode::Append);
+        m_temp->WriteBytes(m_pending);
+        m_pending.clear();
+    } catch (const SystemError& e) {
+        if (failure.isEmpty())
+            failure = e.text();
+    }
+    TellUnfiled(kept, reason, failure);
 }
 
 void BackgroundReceive::RefreshReceiveList() {

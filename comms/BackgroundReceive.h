@@ -93,6 +93,15 @@ private:
     // The program in "Receive.tmp" could not be filed for reason: it is kept in a file of its
     // own in the program directory, listed and told once.
     void KeepUnfiled(const QString& reason);
+    // Lists, logs and tells once that the program is kept in `kept` (reason: why it was not
+    // filed; failure: why it could not be moved, if so).
+    void TellUnfiled(const QString& kept, const QString& reason, const QString& failure);
+    // Writes received characters to the program's file; what a failed write did not take waits
+    // and goes with the next ones.
+    void WriteReceived(const QByteArray& bytes);
+    // "Receive.tmp" failed a write: the program so far is moved to a file of its own, which
+    // takes the rest of it, and the operator is told once.
+    void DivertAfterWriteFailure(const QString& reason);
     // Adds a line to "Receive.lst" (created anew when missing or shorter than 4 bytes).
     void AddListLine(const QString& entry);
     void OpenTemp();
@@ -104,6 +113,9 @@ private:
     QString m_tempPath;
     QString m_listPath;
     std::unique_ptr<TextWriter> m_temp; // "Receive.tmp" while a program is collected
+    QString m_keptPath;                 // the file of its own that takes the program after a failed write
+    QByteArray m_pending;               // received characters that no file has taken yet
+    bool m_tempHeld = false;            // "Receive.tmp" holds a program that could not be moved away
     bool m_receiving = false;
     QString m_trailerMatch;
     QString m_endMatch;

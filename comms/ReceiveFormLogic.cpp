@@ -1,6 +1,7 @@
 #include "comms/ReceiveFormLogic.h"
 
 #include "comms/TransferLog.h"
+#include "comms/UnfiledProgram.h"
 #include "filestore/KeyFilter.h"
 #include "filestore/LastFile.h"
 #include "filestore/Listings.h"
@@ -87,6 +88,19 @@ ReceiveOkOutcome ReceiveFormLogic::ReceiveOk_Click(const QString& nameText) {
         messages.Report(DialogueNotSupported);
         return ReceiveOkOutcome::Close;
     }
+    // A temporary file left from an earlier receive holds a program that was never stored
+    // (moving it away failed then): it is moved now, before this receive would replace it.
+    if (files.IsFile(m_tempPath)) {
+        QString failure;
+        const QString kept = KeepUnfiled(files, g.ProgramPath, m_tempPath, failure);
+        if (kept == m_tempPath) {
+            messages.ShowError(failure + QStringLiteral("\nAn Earlier Program Is Kept In ") + Quoted(kept) +
+                               QStringLiteral(" !"));
+            return ReceiveOkOutcome::StayOnName;
+        }
+        messages.Report(QStringLiteral("An Earlier Program Is Kept In ") + Quoted(kept) +
+                        QStringLiteral(" !"));
+    }
     TransferRecord record{g.CommsMachineDir, m_receive.Settings().Port, name, 0, QStringLiteral("received")};
     try {
         m_receive.Run(files, name, m_tempPath);
@@ -114,16 +128,21 @@ ReceiveOkOutcome ReceiveFormLogic::ReceiveOk_Click(const QString& nameText) {
 
     if (files.IsFile(m_tempPath)) {
         try {
-            if (files.Exists(target))
-                files.Delete(target);
+            // Replaced whole: until the new text is complete the old one stays, and a link stays
+            // a link.
             files.Copy(m_tempPath, target);
         } catch (const SystemError& e) {
             record.Result = QStringLiteral("failed: ") + e.text();
             AppendTransferLog(m_session, record);
-            // The program is not lost: it stays in the temporary file, and the operator is told
-            // where, so that it can be saved before the next receive replaces it.
-            messages.ShowError(e.text() + QStringLiteral("\nThe Program Is Kept In ") + Quoted(m_tempPath) +
-                               QStringLiteral(" !"));
+            // The program is not lost: it is moved out of the temporary file, which the next
+            // receive replaces, and the operator is told where it is.
+            QString failure;
+            const QString kept = KeepUnfiled(files, g.ProgramPath, m_tempPath, failure);
+            QString text =
+                e.text() + QStringLiteral("\nThe Program Is Kept In ") + Quoted(kept) + QStringLiteral(" !");
+            if (!failure.isEmpty())
+                text += u'\n' + failure;
+            messages.ShowError(text);
             return ReceiveOkOutcome::Close;
         }
         files.Delete(m_tempPath);

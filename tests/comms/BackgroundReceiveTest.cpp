@@ -353,6 +353,21 @@ TEST_F(BackgroundReceiveTest, AProgramThatCannotBeFiledIsKeptInAFileOfItsOwn) {
          "\x17RAINER\r\n\x18Sheets\r\nG1\r\n", "Path not found"},
         {"a full disk", [&] { faults.Fail(FileStep::Write, "New Program 2.prg", ENOSPC); }, "G5\r\nG6\r\n",
          "Disk full"},
+        {"Receive.tmp refuses a write", [&] { faults.Fail(FileStep::Write, "Receive.tmp", ENOSPC); },
+         "G7\r\n", "Disk full"},
+        {"moved by a copy",
+         [&] {
+             fx.Files().SetFaultHook([failed = false](FileStep step, const QString& path) mutable {
+                 if (step == FileStep::Rename)
+                     return EIO;
+                 if (step == FileStep::Write && path.endsWith("New Program 4.prg") && !failed) {
+                     failed = true;
+                     return ENOSPC;
+                 }
+                 return 0;
+             });
+         },
+         "G8\r\n", "Disk full"},
     };
     int n = 0;
     for (const Case& c : cases) {
@@ -373,8 +388,27 @@ TEST_F(BackgroundReceiveTest, AProgramThatCannotBeFiledIsKeptInAFileOfItsOwn) {
         EXPECT_TRUE(line().PortOpen());
         faults.Fail(FileStep::Write, "no such file");
     }
-    EXPECT_EQ(fx.Read(Parts + "New Program 1.prg"), "%G2");
-    EXPECT_EQ(fx.Read(Parts + "New Program 2.prg"), "%G2");
+    for (int program = 1; program <= n; ++program)
+        EXPECT_EQ(fx.Read(Parts + QStringLiteral("New Program %1.prg").arg(program)), "%G2");
+
+    // Neither renamed nor copied: the program stays in "Receive.tmp", the message says so, and
+    // neither the next program nor a stop replaces it; once the disk takes it, it is moved.
+    fx.Messages().Clear();
+    fx.Files().SetFaultHook([](FileStep step, const QString& path) {
+        const bool written = path.endsWith("New Program 5.prg") || path.contains("Unfiled");
+        return step == FileStep::Rename || (step == FileStep::Write && written) ? EIO : 0;
+    });
+    line().Feed("G9\r\n%G10");
+    ASSERT_EQ(fx.Messages().Texts().size(), 1);
+    EXPECT_TRUE(fx.Messages().Texts().first().contains("\"C:\\Kestrova\\Receive.tmp\""))
+        << fx.Messages().Texts().first().toStdString();
+    receive->Stop();
+    EXPECT_EQ(fx.Read(Tmp), "G9\r\n%G10");
+    faults.Fail(FileStep::Write, "no such file");
+    receive->Start();
+    line().Feed("G11%");
+    EXPECT_EQ(fx.Read("C:\\Kestrova\\Unfiled 5.prg"), "G9\r\n%G10");
+    EXPECT_EQ(fx.Read(Parts + "New Program 5.prg"), "G11");
 }
 
 TEST_F(BackgroundReceiveTest, AMissingOrLostDeviceIsToldOnceAndWatchedForUntilItIsBack) {

@@ -8,6 +8,8 @@
 #include "comms/ReceiveFormLogic.h"
 #include "filestore/LastFile.h"
 
+#include <QFile>
+#include <QFileInfo>
 #include <gtest/gtest.h>
 
 using namespace kestrova;
@@ -201,16 +203,75 @@ TEST_F(ReceiveFormLogicTest, NothingReceivedAndTheDialogueControls) {
     EXPECT_TRUE(fx.Messages().Log().isEmpty());
 }
 
-TEST_F(ReceiveFormLogicTest, AProgramThatCannotBeStoredIsNamedWhereItIs) {
+TEST_F(ReceiveFormLogicTest, AProgramThatCannotBeStoredIsKeptAndNamed) {
+    // P9 exists as a link to the program's real file; each case receives onto it.
+    const QString parts = QStringLiteral("C:\\Jobs\\PUNCH1\\Parts\\");
+    fx.Write(parts + "Real.prg", "OLD\r\n");
+    ASSERT_TRUE(QFile::link(fx.Host(parts + "Real.prg"), fx.Host(parts + "P9.prg")));
     FaultInjector faults(fx.Files());
-    faults.Fail(FileStep::Write, "P9.prg", ENOSPC, 1, true);
-    FeedWhenWaiting({"G1\n%"});
-    EXPECT_EQ(logic.ReceiveOk_Click("P9"), ReceiveOkOutcome::Close);
-    EXPECT_EQ(fx.Read(Temp), "G1\r\n%");
-    ASSERT_EQ(fx.Messages().Texts().size(), 1);
-    EXPECT_TRUE(fx.Messages().Texts().first().contains("Disk full"));
-    EXPECT_TRUE(fx.Messages().Texts().first().contains("\"C:\\Kestrova\\Commstmp.prg\""))
-        << fx.Messages().Texts().first().toStdString();
+    struct Case {
+        const char* what;
+        std::function<void()> fault;
+        QString keptIn; // named in the message; empty: stored
+    };
+    const Case cases[] = {
+        {"stored onto the link", [] {}, {}},
+        {"a full disk", [&] { faults.Fail(FileStep::Write, "P9.prg", ENOSPC, 1, true); },
+         "C:\\Kestrova\\Unfiled 1.prg"},
+        {"the replacement refused", [&] { faults.Fail(FileStep::Replace, "P9.prg", EIO, 1, true); },
+         "C:\\Kestrova\\Unfiled 2.prg"},
+        {"moved by a copy",
+         [&] {
+             fx.Files().SetFaultHook([](FileStep step, const QString& path) {
+                 return (step == FileStep::Write && path.endsWith("P9.prg")) ||
+                                (step == FileStep::Rename && path.endsWith("Commstmp.prg"))
+                            ? EIO
+                            : 0;
+             });
+         },
+         "C:\\Kestrova\\Unfiled 3.prg"},
+        {"not even moved",
+         [&] {
+             fx.Files().SetFaultHook([](FileStep step, const QString& path) {
+                 const bool written = path.endsWith("P9.prg") || path.contains("Unfiled");
+                 return (step == FileStep::Write && written) || step == FileStep::Rename ? EIO : 0;
+             });
+         },
+         Temp},
+    };
+    int n = 0;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        const QByteArray program = "G" + QByteArray::number(++n) + "\r\n%";
+        fx.Messages().Clear();
+        fx.Messages().Script({Answer::Yes});
+        c.fault();
+        FeedWhenWaiting({program});
+        EXPECT_EQ(logic.ReceiveOk_Click("P9"), ReceiveOkOutcome::Close);
+        faults.Fail(FileStep::Write, "no such file");
+        ASSERT_EQ(fx.Messages().Texts().size(), 2); // the question, and the outcome
+        const QString message = fx.Messages().Texts().last();
+        EXPECT_TRUE(QFileInfo(fx.Host(parts + "P9.prg")).isSymLink()); // a link stays a link
+        if (c.keptIn.isEmpty()) {
+            EXPECT_EQ(message, "\"P9\" Received !");
+            EXPECT_EQ(fx.Read(parts + "Real.prg"), program);
+            continue;
+        }
+        EXPECT_TRUE(message.contains("\"" + c.keptIn + "\"")) << message.toStdString();
+        EXPECT_EQ(fx.Read(c.keptIn), program);
+        EXPECT_EQ(fx.Read(parts + "Real.prg"), "G1\r\n%"); // the old program survives
+    }
+
+    // The next receive does not replace the program left in the temporary file: it moves it
+    // first, and says where.
+    fx.Messages().Clear();
+    FeedWhenWaiting({"G9\r\n%"});
+    EXPECT_EQ(logic.ReceiveOk_Click("P10"), ReceiveOkOutcome::Close);
+    EXPECT_EQ(fx.Read("C:\\Kestrova\\Unfiled 4.prg"), "G5\r\n%");
+    EXPECT_EQ(fx.Read(parts + "P10.prg"), "G9\r\n%");
+    EXPECT_EQ(fx.Messages().Texts(),
+              (QStringList{"An Earlier Program Is Kept In \"C:\\Kestrova\\Unfiled 4.prg\" !",
+                           "\"P10\" Received !"}));
 }
 
 } // namespace
