@@ -177,6 +177,12 @@ public:
             cfmakeraw(&t);
             tcsetattr(m_master, TCSANOW, &t);
         }
+        // The master reports a hang-up only once its device has been closed: a device never
+        // opened looks open. Opened and closed once here, the line reads as closed until the
+        // far end really opens it, so that the control never asks before anyone listens.
+        const int device = ::open(m_device.c_str(), O_RDWR | O_NOCTTY);
+        if (device >= 0)
+            ::close(device);
     }
     ~Machine() { HangUp(); }
 

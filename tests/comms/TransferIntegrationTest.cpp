@@ -132,6 +132,9 @@ TEST_F(TransferIntegration, TheDemosSendStartsByItselfOnTheDemosMachine) {
     const QByteArray text = Program(40);
     const QString stem = fx.Root() + "/demo-got";
     machine->Start("serve " + fx.Host(QStringLiteral("C:\\machine.nc")) + ' ' + stem);
+    // As in the demo, the control has been on the line a while before the operator sends: it
+    // asks only once the send has opened the port, or its request would be stale by then.
+    PauseTimer::Shared().Pause(1000);
     SendEngine engine(*line, PauseTimer::Shared());
     SendFormLogic logic(fx.session(), engine, SendKind::Program);
     logic.Form_Load();
