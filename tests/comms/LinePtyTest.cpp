@@ -6,10 +6,13 @@
 #include "PtyControl.h"
 #include "TestApplication.h"
 #include "comms/BackgroundReceive.h"
+#include "comms/GeneralReceive.h"
+#include "comms/ReceiveFormLogic.h"
 #include "comms/SendFormLogic.h"
 #include "platform/QtSerialLine.h"
 #include "settings/SettingsFile.h"
 
+#include <QFile>
 #include <QThread>
 #include <gtest/gtest.h>
 
@@ -187,4 +190,197 @@ TEST_F(LinePty, TheBackgroundDeviceMissingAtStartUpOrRemovedComesBackByItself) {
     ASSERT_TRUE(RunEventsUntil([&] { return fx.OnDisk(Parts + "New Program 2.prg"); }, 3000));
     EXPECT_EQ(fx.Read(Parts + "New Program 2.prg"), "G4\r\n");
     EXPECT_EQ(fx.Messages().Texts().size(), 2);
+}
+
+TEST_F(LinePty, TheControlGoingAwayInEachPhaseOfASendIsToldOnceAndTheNextSendWorks) {
+    QByteArray big;
+    for (int n = 1; n <= 3000; ++n)
+        big += "N" + QByteArray::number(n * 10) + " G01 X" + QByteArray::number(n) + ".5 Y12.25\r\n";
+    fx.Write(Parts + "Big.prg", big);
+    struct Case {
+        const char* what;
+        bool asks;  // the control asks with XON once the line is open
+        bool holds; // and then holds everything back with XOFF
+        std::function<bool(const SendEngine&, const QByteArray& got)> goes; // when it goes away
+        bool hangsUp; // its pseudo-terminal closes (else only the device's link goes)
+        const char* program;
+    };
+    QElapsedTimer held;
+    const Case cases[] = {
+        {"while the send waits for the start", false, false,
+         [&](const SendEngine& e, const QByteArray&) {
+             return e.Phase() == SendPhase::Waiting && line->PortOpen();
+         },
+         true, "Big"},
+        {"in the middle of the program", true, false,
+         [](const SendEngine&, const QByteArray& got) { return got.size() >= 2000; }, true, "Big"},
+        {"while the end waits to drain", true, true,
+         [&](const SendEngine& e, const QByteArray&) {
+             return e.Phase() == SendPhase::Trailer && held.isValid() && held.elapsed() >= 500;
+         },
+         true, "Small"},
+        {"its device node removed while sending", true, false,
+         [](const SendEngine&, const QByteArray& got) { return got.size() >= 2000; }, false, "Big"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        control.reset(); // before the next takes the link
+        control = std::make_unique<PtyControl>(link);
+        Load();
+        received.clear();
+        held.invalidate();
+        SendEngine engine(*line, PauseTimer::Shared());
+        bool asked = false;
+        bool holding = false;
+        bool gone = false;
+        QElapsedTimer sinceAsked;
+        Play([&](const QByteArray& got) {
+            if (gone || !control->Opened())
+                return;
+            if (c.asks && !asked) {
+                asked = true;
+                control->Write("\x11");
+                sinceAsked.start();
+            } else if (c.holds && asked && !holding && sinceAsked.elapsed() >= 100) {
+                // During the pause after the start: everything waits at the end.
+                holding = true;
+                control->Write("\x13");
+                held.start();
+            }
+            if (c.goes(engine, got)) {
+                gone = true;
+                if (c.hangsUp)
+                    control->Remove();
+                else
+                    control->Unlink();
+            }
+        });
+        SendFormLogic logic(fx.session(), engine, SendKind::Program);
+        logic.Form_Load();
+        logic.SendOk_Click({QString::fromLatin1(c.program)});
+        RunEventsUntil([] { return false; }, 300); // a line that failed would go on reporting
+        EXPECT_FALSE(line->PortOpen());
+        if (c.hangsUp) {
+            ASSERT_EQ(fx.Messages().Texts().size(), 1);
+            EXPECT_TRUE(fx.Messages().Texts().first().contains("\"COM2\""));
+        } else {
+            // The open line is not the node: the send goes on to its end.
+            EXPECT_TRUE(fx.Messages().Texts().isEmpty());
+            EXPECT_EQ(received + control->Read(), Leader + big + "%");
+        }
+        owner = std::make_unique<QObject>();
+
+        // Without the device: told by the send, naming the port.
+        control.reset();
+        try {
+            SendSmall(engine);
+            ADD_FAILURE() << "sent without a device";
+        } catch (const DeviceUnavailableError& e) {
+            EXPECT_EQ(e.subject(), "COM2");
+        }
+
+        // The device back: the next send goes through whole, and nothing more is told.
+        fx.Messages().Clear();
+        control = std::make_unique<PtyControl>(link);
+        received.clear();
+        Play([&](const QByteArray&) {
+            if (control->Opened() && received.isEmpty() && engine.Phase() == SendPhase::Waiting)
+                control->Write("\x11");
+        });
+        SendSmall(engine);
+        RunEventsUntil([&] { return received.size() >= Leader.size() + Program.size() + 1; }, 2000);
+        EXPECT_EQ(received, Leader + Program + "%");
+        EXPECT_TRUE(fx.Messages().Texts().isEmpty());
+        owner = std::make_unique<QObject>();
+        fx.Messages().Clear();
+    }
+}
+
+TEST_F(LinePty, TheControlGoingAwayInTheMiddleOfAReceiveIsToldOnceAndTheNextReceiveWorks) {
+    control = std::make_unique<PtyControl>(link);
+    Load();
+    fx.Settings().ReceiveOperation = 2;
+    GeneralReceive receive(*line);
+    ReceiveFormLogic logic(fx.session(), receive);
+    logic.Form_Load();
+    Play([&](const QByteArray&) {
+        if (control->Opened()) {
+            control->Write("G1\r\nG2");
+            control->Remove();
+        }
+    });
+    EXPECT_EQ(logic.ReceiveOk_Click("P1"), ReceiveOkOutcome::Close);
+    RunEventsUntil([] { return false; }, 300);
+    ASSERT_EQ(fx.Messages().Texts().size(), 1);
+    EXPECT_TRUE(fx.Messages().Texts().first().contains("\"COM2\""));
+    EXPECT_FALSE(fx.OnDisk(Parts + "P1.prg"));
+    EXPECT_FALSE(fx.OnDisk(logic.TempPath()));
+    EXPECT_FALSE(line->PortOpen());
+    owner = std::make_unique<QObject>();
+
+    fx.Messages().Clear();
+    control = std::make_unique<PtyControl>(link);
+    bool sent = false;
+    Play([&](const QByteArray&) {
+        if (!sent && control->Opened()) {
+            sent = true;
+            control->Write("G3\r\n%");
+        }
+    });
+    EXPECT_EQ(logic.ReceiveOk_Click("P1"), ReceiveOkOutcome::Close);
+    EXPECT_EQ(fx.Read(Parts + "P1.prg"), "G3\r\n%");
+    EXPECT_EQ(fx.Messages().Texts(), QStringList{"\"P1\" Received !"});
+}
+
+namespace {
+
+// The resident memory of this process, in kilobytes.
+long ResidentKb() {
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return -1;
+    for (const QByteArray& row : status.readAll().split('\n'))
+        if (row.startsWith("VmRSS:"))
+            return row.mid(6).trimmed().split(' ').first().toLong();
+    return -1;
+}
+
+} // namespace
+
+TEST_F(LinePty, AMegabyteWithoutATrailerGathersInReceiveTmpInFlatMemory) {
+    fx.WriteLines("C:\\Kestrova\\Kestrova.cms", {"Background receive", "2", "9600", "E", "7", "2", "XON/XOFF",
+                                                 "", "", "", "1,13,1,10", "1,37", "", "", "0,127", "0"});
+    control = std::make_unique<PtyControl>(link);
+    Load();
+    BackgroundReceive receive(fx.session(), std::make_unique<QtSerialLine>(fx.Files().Devices()));
+    receive.Start();
+    ASSERT_TRUE(RunEventsUntil([&] { return control->Opened(); }, 2000));
+    const QByteArray burst = QByteArray("N10 G01 X12.5 Y40.25 F2000\r\n").repeated(40000).left(1 << 20);
+    auto length = [&] {
+        return fx.Files().IsFile(receive.TempPath()) ? fx.Files().Length(receive.TempPath()) : 0;
+    };
+    // Fed as fast as the line takes it; what the file's buffer still holds is not on disk yet.
+    auto feed = [&](qsizetype from, qsizetype to) {
+        qsizetype sent = from;
+        return RunEventsUntil(
+            [&] {
+                if (sent < to)
+                    sent += control->WriteSome(QByteArrayView(burst).sliced(sent, to - sent)); // no copy
+                return sent == to && length() >= to - 16384;
+            },
+            60000);
+    };
+    ASSERT_TRUE(feed(0, 64 << 10)); // the receive's buffers in use
+    const long before = ResidentKb();
+    ASSERT_TRUE(feed(64 << 10, burst.size()));
+    const long grown = ResidentKb() - before;
+    EXPECT_TRUE(receive.Receiving());
+    EXPECT_LT(grown, 512) << "kilobytes";
+    EXPECT_TRUE(fx.Messages().Texts().isEmpty());
+
+    // Nothing of it is lost: a trailer at last files all of it as one program.
+    control->Write("%");
+    const QString filed = QStringLiteral("C:\\Jobs\\PUNCH1\\Parts\\New Program 1.prg");
+    ASSERT_TRUE(RunEventsUntil([&] { return fx.OnDisk(filed); }, 5000));
+    EXPECT_EQ(fx.Read(filed), burst);
 }

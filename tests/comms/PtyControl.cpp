@@ -20,6 +20,11 @@ PtyControl::PtyControl(const QString& linkPath) : m_link(linkPath) {
         ::cfmakeraw(&t);
         ::tcsetattr(m_master, TCSANOW, &t);
     }
+    // The master reports a hang-up only once its device has been closed: a device never opened
+    // looks open. Opened and closed once here, Opened() holds only while the program has it.
+    const int device = ::open(::ptsname(m_master), O_RDWR | O_NOCTTY);
+    if (device >= 0)
+        ::close(device);
     QFile::remove(m_link);
     if (!QFile::link(QString::fromLocal8Bit(::ptsname(m_master)), m_link))
         throw std::runtime_error("cannot link the pseudo-terminal");
@@ -40,6 +45,13 @@ void PtyControl::Write(const QByteArray& bytes) {
     }
 }
 
+qsizetype PtyControl::WriteSome(QByteArrayView bytes) {
+    const ssize_t n = ::write(m_master, bytes.constData(), size_t(bytes.size()));
+    if (n < 0 && errno != EINTR && errno != EAGAIN)
+        throw std::runtime_error("write to the pseudo-terminal failed");
+    return n > 0 ? n : 0;
+}
+
 QByteArray PtyControl::Read(int ms) {
     QByteArray got;
     pollfd p{m_master, POLLIN, 0};
@@ -56,8 +68,14 @@ QByteArray PtyControl::Read(int ms) {
 }
 
 bool PtyControl::Opened() const {
+    if (m_master < 0)
+        return false;
     pollfd p{m_master, POLLIN, 0};
     return ::poll(&p, 1, 0) >= 0 && !(p.revents & POLLHUP);
+}
+
+void PtyControl::Unlink() {
+    QFile::remove(m_link);
 }
 
 void PtyControl::Remove() {

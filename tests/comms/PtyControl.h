@@ -17,12 +17,16 @@ public:
     PtyControl& operator=(const PtyControl&) = delete;
 
     void Write(const QByteArray& bytes);
+    // Writes what the line takes now, without waiting; how many bytes that was.
+    [[nodiscard]] qsizetype WriteSome(QByteArrayView bytes);
     // What the program has sent so far (waits up to ms for the first byte).
     [[nodiscard]] QByteArray Read(int ms = 0);
     // The program has the line open.
     [[nodiscard]] bool Opened() const;
     // The device goes away: the line hangs up and the link is removed.
     void Remove();
+    // Only the link goes (a device node removed): a line already open goes on working.
+    void Unlink();
 
 private:
     int m_master = -1;
