@@ -61,6 +61,7 @@ TEST(ProgramLinesTest, NumberingRemovesOnlyAnUpperCaseOldNumber) {
         {0, "N10N20G01", "N10 G01"}, {0, "Nn10 X1", "N10 n10 X1"},
         {0, "/ n5", "/N10 n5"},      {1, "N", "N10 "},
         {0, "\tG01", "N10 \tG01"},   {6, "N7", "N000010 "},
+        {3, "G00", "N010 G00"},      {2, "G00", "N10 G00"},
     };
     for (const Case& c : cases) {
         QByteArray out;
