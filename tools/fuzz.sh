@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # Runs one fuzz target under libFuzzer for a given time.
 #
-#   tools/fuzz.sh TARGET [SECONDS]      e.g. tools/fuzz.sh background_receive 600
+#   tools/fuzz.sh TARGET [SECONDS [LIBFUZZER OPTIONS...]]
+#                                       e.g. tools/fuzz.sh background_receive 600
+#                                            tools/fuzz.sh rainer_index 600 -max_len=1024
 #   tools/fuzz.sh --list
 #
 # Builds the targets with clang (address and undefined-behaviour checks on) in build-fuzz. New
@@ -19,6 +21,7 @@ if [ "${1:-}" = "--list" ] || [ $# -lt 1 ]; then
 fi
 target=$1
 seconds=${2:-600}
+shift $(($# < 2 ? $# : 2))
 echo "$targets" | grep -qx "$target" || { echo "unknown target $target; see --list" >&2; exit 2; }
 
 tools/deps.sh
@@ -53,4 +56,4 @@ export ASAN_OPTIONS=detect_leaks=0:halt_on_error=1
 export UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1
 cd "$findings"
 exec "$top/$BUILD_DIR/tests/fuzz/fuzz_$target" -max_total_time="$seconds" -rss_limit_mb=2048 -timeout=10 \
-    -print_final_stats=1 "$top/$corpus" "$top/tests/fuzz/corpus/$target"
+    -print_final_stats=1 "$@" "$top/$corpus" "$top/tests/fuzz/corpus/$target"
