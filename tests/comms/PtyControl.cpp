@@ -35,13 +35,22 @@ PtyControl::~PtyControl() {
 }
 
 void PtyControl::Write(const QByteArray& bytes) {
+    // Waits for room without spinning; a line that takes nothing for ten seconds (a program
+    // that does not read while this waits) fails the test instead of hanging it.
     qsizetype done = 0;
+    int idleMs = 0;
     while (done < bytes.size()) {
         const ssize_t n = ::write(m_master, bytes.constData() + done, size_t(bytes.size() - done));
         if (n < 0 && errno != EINTR && errno != EAGAIN)
             throw std::runtime_error("write to the pseudo-terminal failed");
-        if (n > 0)
+        if (n > 0) {
             done += n;
+            idleMs = 0;
+            continue;
+        }
+        pollfd p{m_master, POLLOUT, 0};
+        if (::poll(&p, 1, 100) == 0 && (idleMs += 100) >= 10000)
+            throw std::runtime_error("the pseudo-terminal takes nothing");
     }
 }
 
