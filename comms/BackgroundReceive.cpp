@@ -129,9 +129,15 @@ void BackgroundReceive::OpenTemp() {
         m_tempHeld = kestrova::KeepUnfiled(m_session.files, m_session.settings.ProgramPath, m_tempPath,
                                            failure) == m_tempPath;
     }
-    m_temp = std::make_unique<TextWriter>(m_session.files, m_tempPath,
-                                          m_tempHeld ? TextWriter::Mode::Append : TextWriter::Mode::Create);
     m_receiving = true;
+    try {
+        m_temp = std::make_unique<TextWriter>(
+            m_session.files, m_tempPath, m_tempHeld ? TextWriter::Mode::Append : TextWriter::Mode::Create);
+    } catch (const SystemError& e) {
+        // Without "Receive.tmp" this program goes to a file of its own from its first character:
+        // a program whose beginning is missing must never be filed as if it were whole.
+        DivertAfterWriteFailure(e.text());
+    }
 }
 
 void BackgroundReceive::CloseTemp() {
@@ -289,12 +295,17 @@ void BackgroundReceive::FileReceivedProgram() {
     QString entry = program + QStringLiteral(" in ") + directory;
     if (g.MachineCount >= 2)
         entry += QStringLiteral(" for ") + description;
-    AddListLine(entry);
+    try {
+        AddListLine(entry);
+        RefreshReceiveList();
+    } catch (const SystemError& e) {
+        // The program is filed whole; only the list of received programs lacks its line.
+        m_session.messages.ShowError(e.text());
+    }
 
     AppendTransferLog(m_session,
                       {machine, m_settings.Port, program, files.Length(target), QStringLiteral("received")});
     Q_EMIT ProgramFiled(target);
-    RefreshReceiveList();
     CloseTemp();
     m_receiving = false;
 }
@@ -360,7 +371,10 @@ void BackgroundReceive::DivertAfterWriteFailure(const QString& reason) {
     } catch (const SystemError&) {
     }
     QString failure;
-    const QString kept = kestrova::KeepUnfiled(files, m_session.settings.ProgramPath, m_tempPath, failure);
+    const QString kept =
+        files.IsFile(m_tempPath)
+            ? kestrova::KeepUnfiled(files, m_session.settings.ProgramPath, m_tempPath, failure)
+            : FreeUnfiledName(files, m_session.settings.ProgramPath);
     // Where it could not be moved, it stays in "Receive.tmp", which is then never replaced.
     m_tempHeld = kept == m_tempPath;
     m_keptPath = kept;

@@ -5,15 +5,19 @@
 
 namespace kestrova {
 
+QString FreeUnfiledName(const FileSystem& files, const QString& directory) {
+    Int16 n = 1;
+    auto name = [&] {
+        return directory + QStringLiteral("Unfiled ") + NumberText(n) + QStringLiteral(".prg");
+    };
+    while (files.Exists(name()))
+        ++n;
+    return name();
+}
+
 QString KeepUnfiled(FileSystem& files, const QString& directory, const QString& from, QString& failure) {
     try {
-        Int16 n = 1;
-        auto name = [&] {
-            return directory + QStringLiteral("Unfiled ") + NumberText(n) + QStringLiteral(".prg");
-        };
-        while (files.Exists(name()))
-            ++n;
-        const QString kept = name();
+        const QString kept = FreeUnfiledName(files, directory);
         try {
             files.Rename(from, kept);
         } catch (const SystemError& renaming) {

@@ -6,6 +6,9 @@
 
 namespace kestrova {
 
+// The first "Unfiled N.prg" of the directory (a path ending in "\") that nothing uses yet.
+[[nodiscard]] QString FreeUnfiledName(const FileSystem& files, const QString& directory);
+
 // A received program that could not be stored where it was meant to go is kept under a name of
 // its own, so that no later receive can replace it: the first free "Unfiled N.prg" in the
 // directory (a path ending in "\"). It is renamed there, which a full disk cannot stop, or

@@ -56,6 +56,8 @@ TEST(BackgroundFilingFault, AProgramIsFiledWholeOrKeptWholeAndTheNextOneIsFiled)
                             // ("" for the text the header rules give)
         const char* named;  // the file the message names
     } cases[] = {
+        {"temporary file open", FileStep::Open, "Receive.tmp", plain, "Kestrova\\Unfiled 1.prg",
+         "Receive.tmp"},
         {"temporary file write", FileStep::Write, "Receive.tmp", plain, "Kestrova\\Unfiled 1.prg",
          "Receive.tmp"},
         {"temporary file close", FileStep::Close, "Receive.tmp", plain, "Kestrova\\Unfiled 1.prg",
@@ -105,4 +107,27 @@ TEST(BackgroundFilingFault, AProgramIsFiledWholeOrKeptWholeAndTheNextOneIsFiled)
         EXPECT_TRUE(s.line->PortOpen());
         EXPECT_EQ(fx.Messages().Texts().size(), 1);
     }
+}
+
+TEST(BackgroundFilingFault, AListLineThatCannotBeWrittenLeavesTheProgramFiledOnce) {
+    Started s;
+    InstallationFixture& fx = s.fx;
+    {
+        FaultInjector faults(fx.Files());
+        faults.Fail(FileStep::Write, QStringLiteral("Receive.lst"), ENOSPC);
+        s.line->Feed("G1\r\nG2\r\n%");
+        EXPECT_EQ(faults.Fired(), 1);
+    }
+    EXPECT_EQ(fx.Read(Parts + "New Program 1.prg"), "G1\r\nG2\r\n");
+    EXPECT_FALSE(fx.OnDisk(Kestrova + "Unfiled 1.prg")) << "filed, so not kept a second time";
+    ASSERT_EQ(fx.Messages().Texts().size(), 1);
+    EXPECT_TRUE(fx.Messages().Texts().first().contains(QStringLiteral("Receive.lst\"")))
+        << fx.Messages().Texts().first().toStdString();
+
+    s.line->Feed("G9\r\n%");
+    EXPECT_EQ(fx.Read(Parts + "New Program 2.prg"), "G9\r\n");
+    const QStringList listed = fx.ReadLines(Kestrova + "Receive.lst");
+    ASSERT_EQ(listed.size(), 1);
+    EXPECT_TRUE(listed.first().startsWith(QStringLiteral("New Program 2 in Parts")));
+    EXPECT_EQ(fx.Messages().Texts().size(), 1);
 }
