@@ -55,19 +55,28 @@ QByteArrayView ProgramInput::ReadLine() {
     return line;
 }
 
-ProgramOutput::ProgramOutput(TextWriter& writer) : m_writer(writer) {
-    m_pending.reserve(WriteChunk + 4096);
+ProgramOutput::ProgramOutput(TextWriter& writer)
+    : m_writer(writer), m_pending(WriteChunk, Qt::Uninitialized) {}
+
+char* ProgramOutput::Room(qsizetype length) {
+    const qsizetype needed = length + 2;
+    if (m_used + needed > m_pending.size()) {
+        Flush();
+        if (needed > m_pending.size())
+            m_pending.resize(needed); // a line longer than a whole write
+    }
+    return m_pending.data() + m_used;
 }
 
-void ProgramOutput::EndLine() {
-    m_pending.append("\r\n", 2);
-    if (m_pending.size() >= WriteChunk)
-        Flush();
+void ProgramOutput::EndLine(char* end) {
+    *end++ = '\r';
+    *end++ = '\n';
+    m_used = end - m_pending.constData();
 }
 
 void ProgramOutput::Flush() {
-    m_writer.WriteBytes(m_pending);
-    m_pending.resize(0); // keeps its room for the next lines
+    m_writer.WriteBytes(QByteArrayView(m_pending.constData(), m_used));
+    m_used = 0;
 }
 
 void RewriteProgram(FileSystem& files, const QString& program, const QString& temporary,

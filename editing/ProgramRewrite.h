@@ -48,18 +48,21 @@ private:
     qint64 m_reported = 0;
 };
 
-// The new text, gathered into large writes of single-byte lines: a line is appended to Text()
+// The new text, gathered into large writes of single-byte lines: a line is written at Room()
 // and ended by EndLine() with CR LF.
 class ProgramOutput {
 public:
     explicit ProgramOutput(TextWriter& writer);
-    [[nodiscard]] QByteArray& Text() { return m_pending; }
-    void EndLine();
+    // Where the next line goes, with room for length bytes and the line end.
+    [[nodiscard]] char* Room(qsizetype length);
+    // The line written at Room() ends before end.
+    void EndLine(char* end);
     void Flush();
 
 private:
     TextWriter& m_writer;
     QByteArray m_pending;
+    qsizetype m_used = 0;
 };
 
 // The rewrite rule of the system: the new text goes to the temporary file (created, or emptied),

@@ -2,6 +2,8 @@
 
 #include "editing/ProgramLines.h"
 
+#include <algorithm>
+
 namespace kestrova {
 
 namespace {
@@ -32,15 +34,15 @@ void RenumberProgram(Session& session, const QString& path, Int16 start, Int16 i
             }
             // Only the first block may be the program start; it keeps its text and uses no number.
             if (StartsProgram(first)) {
-                out.Text().append(first);
+                char* to = out.Room(first.size());
+                out.EndLine(std::copy(first.begin(), first.end(), to));
             } else {
-                numbers.Number(first, out.Text());
+                out.EndLine(numbers.Number(first, out.Room(first.size() + numbers.NWord().size())));
                 numbers.Advance();
             }
-            out.EndLine();
             while (!in.AtEnd()) {
-                numbers.Number(in.ReadLine(), out.Text());
-                out.EndLine();
+                const QByteArrayView line = in.ReadLine();
+                out.EndLine(numbers.Number(line, out.Room(line.size() + numbers.NWord().size())));
                 numbers.Advance();
             }
         },
@@ -52,8 +54,8 @@ void StripNumbers(Session& session, const QString& path, const RewriteProgress& 
         session.files, path, Temporary(session, "Numbers.tmp"),
         [](ProgramInput& in, ProgramOutput& out) {
             while (!in.AtEnd()) {
-                StripLine(in.ReadLine(), out.Text());
-                out.EndLine();
+                const QByteArrayView line = in.ReadLine();
+                out.EndLine(StripLine(line, out.Room(line.size())));
             }
         },
         progress);
@@ -65,10 +67,11 @@ void RemoveSpaces(Session& session, const QString& path, const RewriteProgress& 
         [](ProgramInput& in, ProgramOutput& out) {
             while (!in.AtEnd()) {
                 // Lines left empty are dropped.
-                const qsizetype before = out.Text().size();
-                RemoveAllSpaces(in.ReadLine(), out.Text());
-                if (out.Text().size() != before)
-                    out.EndLine();
+                const QByteArrayView line = in.ReadLine();
+                char* to = out.Room(line.size());
+                char* end = RemoveAllSpaces(line, to);
+                if (end != to)
+                    out.EndLine(end);
             }
         },
         progress);

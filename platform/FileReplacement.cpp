@@ -3,6 +3,7 @@
 #include "platform/HostPath.h"
 
 #include <cerrno>
+#include <vector>
 #ifndef _WIN32
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -31,7 +32,7 @@ void FileReplacement::Closer::operator()(std::FILE* f) const noexcept {
         std::fclose(f);
 }
 
-FileReplacement::FileReplacement(const FileSystem& files, const FileSystem::Resolved& target)
+FileReplacement::FileReplacement(FileSystem& files, const FileSystem::Resolved& target)
     : m_files(files), m_target(target), m_real(RealFile(host::ToFs(target.host))) {
     m_sibling = m_real.parent_path() / ("." + m_real.filename().string() + ".kestrova-new");
     files.CheckFault(FileStep::Open, m_target);
@@ -64,6 +65,65 @@ void FileReplacement::Write(const char* data, std::size_t size) {
         Fail(fault);
     if (std::fwrite(data, 1, size, m_file.get()) != size)
         Fail(errno);
+    Wrote(size);
+}
+
+void FileReplacement::Wrote(std::size_t size) {
+    m_written += std::int64_t(size);
+    if (!m_pacer.Due(m_written))
+        return;
+    if (std::fflush(m_file.get()) != 0)
+        Fail(errno);
+    m_pacer.Written(fileno(m_file.get()), m_written);
+}
+
+void FileReplacement::CopyFrom(int sourceFd, const FileSystem::Resolved& source) {
+    if (std::fflush(m_file.get()) != 0)
+        Fail(errno);
+    const int out = fileno(m_file.get());
+    // Large steps, each one a "Write" of the fault hook, so that a copy can fail part-way.
+    constexpr std::size_t Step = std::size_t(1) << 20;
+    std::vector<char> buffer; // only where the host cannot copy by itself
+    struct stat info {};
+    const std::int64_t size = ::fstat(sourceFd, &info) == 0 ? std::int64_t(info.st_size) : 0;
+    for (;;) {
+        // The step that finds the end is no write.
+        if (m_written < size)
+            if (const int fault = m_files.InjectedFault(FileStep::Write, m_target.full))
+                Fail(fault);
+        long got = -1;
+#if defined(__linux__)
+        if (buffer.empty()) {
+            got = long(::copy_file_range(sourceFd, nullptr, out, nullptr, Step, 0));
+            // Between file systems that cannot, or on older hosts: the copy goes through here.
+            if (got < 0 && m_written == 0 &&
+                (errno == EXDEV || errno == ENOSYS || errno == EINVAL || errno == EOPNOTSUPP ||
+                 errno == EBADF))
+                buffer.resize(Step);
+            else if (got < 0)
+                Fail(errno);
+        }
+#else
+        buffer.resize(Step);
+#endif
+        if (!buffer.empty()) {
+            got = long(::read(sourceFd, buffer.data(), buffer.size()));
+            if (got < 0) {
+                Abandon();
+                m_files.ThrowFromErrno(EIO, source);
+            }
+            for (long put = 0; put < got;) {
+                const long n = long(::write(out, buffer.data() + put, std::size_t(got - put)));
+                if (n < 0)
+                    Fail(errno);
+                put += n;
+            }
+        }
+        if (got == 0)
+            return;
+        m_written += got;
+        m_pacer.Written(out, m_written);
+    }
 }
 
 void FileReplacement::Commit() {
@@ -74,19 +134,24 @@ void FileReplacement::Commit() {
     step(FileStep::Close);
     if (std::fflush(m_file.get()) != 0)
         Fail(errno);
-    step(FileStep::Sync);
+    std::error_code ec;
+    // An old text is only given up for a new one that is on the disk.
+    const bool replaces = fs::exists(m_real, ec);
+    if (replaces) {
+        step(FileStep::Sync);
 #ifndef _WIN32
-    const int fd = fileno(m_file.get());
-    if (::fsync(fd) != 0)
-        Fail(errno);
-    struct stat old {};
-    if (::stat(m_real.c_str(), &old) == 0) {
-        if (::fchmod(fd, old.st_mode & 07777) != 0)
+        const int fd = fileno(m_file.get());
+        if (::fsync(fd) != 0)
             Fail(errno);
-        // Only a privileged user may give a file away; anyone else keeps it as the host made it.
-        [[maybe_unused]] const int owned = ::fchown(fd, old.st_uid, old.st_gid);
-    }
+        struct stat old {};
+        if (::stat(m_real.c_str(), &old) == 0) {
+            if (::fchmod(fd, old.st_mode & 07777) != 0)
+                Fail(errno);
+            // Only a privileged user may give a file away; anyone else keeps it as the host made it.
+            [[maybe_unused]] const int owned = ::fchown(fd, old.st_uid, old.st_gid);
+        }
 #endif
+    }
     step(FileStep::Replace);
     // Closed only now, so that every failure up to here removes the sibling the same way.
     if (std::fclose(m_file.release()) != 0) {
@@ -95,12 +160,15 @@ void FileReplacement::Commit() {
         fs::remove(m_sibling, ignored);
         m_files.ThrowFromErrno(error, m_target);
     }
-    std::error_code ec;
     fs::rename(m_sibling, m_real, ec);
     if (ec) {
         std::error_code ignored;
         fs::remove(m_sibling, ignored);
         m_files.ThrowFromErrno(ec.value(), m_target);
+    }
+    if (!replaces) {
+        m_files.RememberUnsettled(m_real.string(), m_target.full);
+        return;
     }
 #ifndef _WIN32
     // The rename itself reaches the disk with its directory.

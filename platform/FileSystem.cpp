@@ -17,6 +17,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 #endif
 
 namespace kestrova {
@@ -101,14 +102,6 @@ bool Writable(const fs::path& p) {
     const auto perms = fs::status(p, ec).permissions();
     return !ec && (perms & fs::perms::owner_write) != fs::perms::none;
 }
-
-struct FileCloser {
-    void operator()(std::FILE* f) const noexcept {
-        if (f)
-            std::fclose(f);
-    }
-};
-using FilePtr = std::unique_ptr<std::FILE, FileCloser>;
 
 } // namespace
 
@@ -385,22 +378,15 @@ void FileSystem::Copy(const QString& source, const QString& target) {
         throw PermissionDeniedError(to.full);
 
     CheckFault(FileStep::Read, from);
-    FilePtr in(std::fopen(ToFs(from.host).c_str(), "rb"));
-    if (!in)
+    const int in = ::open(ToFs(from.host).c_str(), O_RDONLY | O_CLOEXEC);
+    if (in < 0)
         ThrowFromErrno(errno, from);
+    struct Closer {
+        int fd;
+        ~Closer() { ::close(fd); }
+    } closer{in};
     FileReplacement out(*this, to);
-    std::vector<char> buffer(1 << 16);
-    for (;;) {
-        const size_t got = std::fread(buffer.data(), 1, buffer.size(), in.get());
-        out.Write(buffer.data(), got);
-        if (got < buffer.size()) {
-            if (std::ferror(in.get())) {
-                out.Abandon();
-                ThrowFromErrno(EIO, from);
-            }
-            break;
-        }
-    }
+    out.CopyFrom(in, from);
     out.Commit();
 }
 
@@ -412,6 +398,9 @@ void FileSystem::Delete(const QString& p) {
         throw FileNotFoundError(r.full, QStringLiteral("is a directory"));
     if (!Writable(ToFs(r.host)))
         throw PermissionDeniedError(r.full);
+    // What goes need not reach the disk; what was copied from it must.
+    m_unsettled.Forget(ToFs(r.host).string());
+    SettleWrites();
     CheckFault(FileStep::Delete, r);
     std::error_code ec;
     fs::remove(ToFs(r.host), ec);
@@ -434,6 +423,7 @@ void FileSystem::Rename(const QString& from, const QString& to) {
     if (targetNames.isEmpty())
         throw BadFileNameError(target.full);
     const fs::path targetPath = ToFs(target.host).parent_path() / ToFs(targetNames.last());
+    SettleWrites();
     CheckFault(FileStep::Rename, source);
     std::error_code ec;
     fs::rename(ToFs(source.host), targetPath, ec);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/DeviceMap.h"
+#include "platform/DiskWrites.h"
 #include "platform/Errors.h"
 #include "platform/SystemPath.h"
 
@@ -77,8 +78,11 @@ public:
     [[nodiscard]] QList<DriveMapping> Drives() const { return m_devices.Drives(); }
 
     // --- Operations -------------------------------------------------------------------------
-    // Byte-exact copy; an existing target is replaced whole, never left half written.
+    // Byte-exact copy; an existing target is replaced whole, never left half written, and only
+    // once the new text is on the disk. A new target reaches the disk before anything is deleted.
     void Copy(const QString& source, const QString& target);
+    // Every new file written so far is forced to the disk first: the text it was made from may
+    // be what goes.
     void Delete(const QString& p);
     // Renames a file or directory; the new name must not exist yet.
     void Rename(const QString& from, const QString& to);
@@ -119,11 +123,20 @@ public:
     // Raises the fault the hook gives for this step, if any.
     void CheckFault(FileStep step, const Resolved& where) const;
 
+    // --- New files not yet on the disk (DiskWrites.h) ----------------------------------------
+    // A file this layer has just written under a new name (host path as opened).
+    void RememberUnsettled(const std::string& hostFile, const QString& fullPath) {
+        m_unsettled.Add(hostFile, fullPath);
+    }
+    // Forces every such file to the disk (before something is deleted or renamed).
+    void SettleWrites() { m_unsettled.Settle(*this); }
+
 private:
     DeviceMap m_devices;
     QChar m_currentDrive;
     QMap<QChar, QString> m_currentDirs; // per drive, a full system path
     FaultHook m_faultHook;
+    UnsettledFiles m_unsettled;
 };
 
 } // namespace kestrova

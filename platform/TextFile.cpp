@@ -4,6 +4,7 @@
 #include "platform/HostPath.h"
 #include "platform/ScreenText.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -45,19 +46,24 @@ LineReader::~LineReader() = default;
 bool LineReader::Fill() {
     if (m_eof)
         return false;
-    if (m_pos > 0) {
-        m_buffer.remove(0, m_pos);
-        m_pos = 0;
-    }
-    char chunk[1 << 14];
-    const size_t got = std::fread(chunk, 1, sizeof chunk, m_file.get());
+    // The unread rest moves to the front and the next read goes straight in behind it: the
+    // buffer keeps its room, so a file of any length is read without a new allocation.
+    constexpr qsizetype Chunk = 1 << 18;
+    const qsizetype rest = m_buffer.size() - m_pos;
+    if (m_pos > 0 && rest > 0)
+        std::memmove(m_buffer.data(), m_buffer.constData() + m_pos, size_t(rest));
+    m_pos = 0;
+    if (m_buffer.capacity() < rest + Chunk)
+        m_buffer.reserve(std::max(2 * m_buffer.capacity(), rest + Chunk)); // a very long line
+    m_buffer.resize(rest + Chunk);
+    const size_t got = std::fread(m_buffer.data() + rest, 1, size_t(Chunk), m_file.get());
+    m_buffer.resize(rest + qsizetype(got));
     if (got == 0) {
         if (std::ferror(m_file.get()))
             throw DeviceIoError(m_path);
         m_eof = true;
         return false;
     }
-    m_buffer.append(chunk, qsizetype(got));
     return true;
 }
 
@@ -138,9 +144,9 @@ TextWriter::TextWriter(FileSystem& files, const QString& path, Mode mode) : m_mo
 
 TextWriter::~TextWriter() = default;
 
-void TextWriter::WriteBytes(const QByteArray& bytes) {
+void TextWriter::WriteBytes(QByteArrayView bytes) {
     if (m_replacement && m_replacement->Open()) {
-        m_replacement->Write(bytes);
+        m_replacement->Write(bytes.data(), size_t(bytes.size()));
         return;
     }
     if (!m_file)
@@ -148,8 +154,15 @@ void TextWriter::WriteBytes(const QByteArray& bytes) {
     if (!bytes.isEmpty())
         m_files.CheckFault(FileStep::Write, m_target);
     if (!bytes.isEmpty() &&
-        std::fwrite(bytes.constData(), 1, size_t(bytes.size()), m_file.get()) != size_t(bytes.size()))
+        std::fwrite(bytes.data(), 1, size_t(bytes.size()), m_file.get()) != size_t(bytes.size()))
         m_files.ThrowFromErrno(errno, m_target);
+    // A large file starts on its way to the disk while it is written.
+    m_written += bytes.size();
+    if (m_pacer.Due(m_written)) {
+        if (std::fflush(m_file.get()) != 0)
+            m_files.ThrowFromErrno(errno, m_target);
+        m_pacer.Written(fileno(m_file.get()), m_written);
+    }
 }
 
 void TextWriter::Write(const QString& text) {
@@ -180,6 +193,8 @@ void TextWriter::Close() {
     const int closeError = errno;
     if (!flushed || !closed)
         m_files.ThrowFromErrno(!flushed ? flushError : closeError, m_target);
+    if (m_mode == Mode::Create)
+        m_files.RememberUnsettled(host::ToFs(m_target.host).string(), m_target.full);
 }
 
 // --- Whole files ---------------------------------------------------------------------------

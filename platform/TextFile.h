@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/DiskWrites.h"
 #include "platform/FileSystem.h"
 
 #include <QByteArray>
@@ -48,7 +49,8 @@ private:
 };
 
 // Writes a text file. Every line written with WriteLine gets CR LF.
-//  - Create: opens for output, truncating or creating the file.
+//  - Create: opens for output, truncating or creating the file; it reaches the disk before the
+//    layer next deletes or renames anything (DiskWrites.h).
 //  - Append: adds to the end, creating the file when missing.
 //  - Replace: the new text replaces the file whole at Close() (FileReplacement: beside the real
 //    file, on the disk, with the old mode, a link kept), so a failure leaves the original
@@ -65,7 +67,7 @@ public:
     TextWriter& operator=(const TextWriter&) = delete;
 
     void Write(const QString& text);
-    void WriteBytes(const QByteArray& bytes);
+    void WriteBytes(QByteArrayView bytes);
     void WriteLine(const QString& line);
     void Close();
     [[nodiscard]] const QString& Path() const { return m_path; }
@@ -79,7 +81,9 @@ private:
     Mode m_mode;
     std::unique_ptr<std::FILE, Closer> m_file;      // Create and Append
     std::unique_ptr<FileReplacement> m_replacement; // Replace
-    const FileSystem& m_files;
+    FileSystem& m_files;
+    std::int64_t m_written = 0;
+    WriteBackPacer m_pacer;
 };
 
 // Every line of a file.

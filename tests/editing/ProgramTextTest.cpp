@@ -184,14 +184,15 @@ TEST_F(ProgramTextTest, ARewriteThatCannotFinishLosesNothing) {
         {FileStep::Open, true, After::AsItWas, "Unchanged"},
         {FileStep::Write, true, After::AsItWas, "Unchanged"},
         {FileStep::Close, true, After::AsItWas, "Unchanged"},
+        {FileStep::Sync, true, After::AsItWas, "Unchanged"},
         {FileStep::Read, false, After::AsItWas, "Unchanged"},
         {FileStep::Delete, false, After::AsItWas, "Is In \"C:\\Kestrova\\"},
         {FileStep::Read, true, After::InTemporary, "Is In \"C:\\Kestrova\\"},
         {FileStep::Open, false, After::InTemporary, "Is In \"C:\\Kestrova\\"},
         {FileStep::Write, false, After::InTemporary, "Is In \"C:\\Kestrova\\"},
         {FileStep::Close, false, After::InTemporary, "Is In \"C:\\Kestrova\\"},
-        {FileStep::Sync, false, After::InTemporary, "Is In \"C:\\Kestrova\\"},
         {FileStep::Replace, false, After::InTemporary, "Is In \"C:\\Kestrova\\"},
+        {FileStep::Sync, false, After::Rewritten, "Has Its New Text"},
         {FileStep::Delete, true, After::Rewritten, "Has Its New Text"},
     };
     // Large enough for the new text to go to the disk in several writes.

@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QLabel>
 #include <QPlainTextEdit>
+#include <QStatusBar>
 #include <QTest>
 #include <QTimer>
 #include <gtest/gtest.h>
@@ -126,32 +127,46 @@ TEST_F(TextEditorTest, FindReplaceGoToLineAndUndo) {
 }
 
 TEST_F(TextEditorTest, ALargeProgramIsReadInWhileTheEventLoopRuns) {
-    QByteArray program("%\r\n");
-    for (int i = 1; program.size() < 3'000'000; ++i)
-        program += "N" + QByteArray::number(i) + " G01 X" + QByteArray::number(i % 997) + ".5 Y20 (HIT)\r\n";
-    program += "M30";
-    fixture.Write(file, program);
-    TextEditorWindow editor(fixture.Files(), fixture.Messages(), file);
-    ASSERT_TRUE(editor.Loading());
-    EXPECT_FALSE(editor.Save()); // nothing is written from a text that is not all in
+    // Several pieces, and the largest program the editor is meant for.
+    for (const qsizetype size : {4'000'000, 20'000'000}) {
+        SCOPED_TRACE(size);
+        QByteArray program("%\r\n");
+        program.reserve(size + 64);
+        for (int i = 1; program.size() < size; ++i)
+            program +=
+                "N" + QByteArray::number(i) + " G01 X" + QByteArray::number(i % 997) + ".5 Y20 (HIT)\r\n";
+        program += "M30";
+        fixture.Write(file, program);
+        TextEditorWindow editor(fixture.Files(), fixture.Messages(), file);
+        ASSERT_TRUE(editor.Loading());
+        EXPECT_FALSE(editor.Save()); // nothing is written from a text that is not all in
 
-    // A timer of another window keeps firing while the file comes in.
-    int ticks = 0;
-    QTimer other;
-    QObject::connect(&other, &QTimer::timeout, [&] { ++ticks; });
-    other.start(0);
-    QEventLoop loop;
-    QObject::connect(&editor, &TextEditorWindow::LoadFinished, &loop, &QEventLoop::quit);
-    QTimer::singleShot(60000, &loop, &QEventLoop::quit);
-    loop.exec();
-    ASSERT_FALSE(editor.Loading());
-    EXPECT_GT(ticks, 2);
-    EXPECT_FALSE(editor.Modified());
+        // A timer of another window keeps firing while the file comes in, and between its ticks
+        // the reading goes on: it sees the progress at many points on the way.
+        QStringList progressSeen;
+        QTimer other;
+        QObject::connect(&other, &QTimer::timeout, [&] {
+            const QString shown = editor.statusBar()->currentMessage();
+            if (editor.Loading() && (progressSeen.isEmpty() || progressSeen.last() != shown))
+                progressSeen << shown;
+        });
+        other.start(0);
+        QEventLoop loop;
+        QObject::connect(&editor, &TextEditorWindow::LoadFinished, &loop, &QEventLoop::quit);
+        QTimer::singleShot(120000, &loop, &QEventLoop::quit);
+        loop.exec();
+        ASSERT_FALSE(editor.Loading());
+        EXPECT_GE(progressSeen.size(), 3) << progressSeen.join(u',').toStdString();
+        EXPECT_FALSE(editor.Modified());
+        const QString text = editor.Text(); // every CR LF is one line break on screen
+        EXPECT_EQ(text.size() + text.count(u'\n'), program.size());
 
-    editor.GoToLine(2);
-    QTest::keyClicks(editor.findChild<QPlainTextEdit*>(QStringLiteral("EditorText")), QStringLiteral("/"));
-    ASSERT_TRUE(editor.Save());
-    EXPECT_EQ(fixture.Read(file), program.left(3) + "/" + program.mid(3));
+        editor.GoToLine(2);
+        QTest::keyClicks(editor.findChild<QPlainTextEdit*>(QStringLiteral("EditorText")),
+                         QStringLiteral("/"));
+        ASSERT_TRUE(editor.Save());
+        EXPECT_EQ(fixture.Read(file), program.left(3) + "/" + program.mid(3));
+    }
 }
 
 } // namespace

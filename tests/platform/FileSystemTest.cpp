@@ -214,7 +214,7 @@ struct Replacement {
 };
 
 const QString Source = QStringLiteral("C:\\Jobs\\source.bin");
-const QByteArray CopiedBytes(200000, 'n'); // more than one chunk, so a write fails part-way
+const QByteArray CopiedBytes(1500000, 'n'); // more than one step of a copy, so a write fails part-way
 
 std::vector<Replacement> Replacements() {
     return {
@@ -334,5 +334,39 @@ TEST(FileSystem, AFaultAtAnyStepOfACopyOrRewriteKeepsTheOldFile) {
         else
             EXPECT_THROW(files.Rename(target, QStringLiteral("C:\\Jobs\\other")), SystemError);
         EXPECT_EQ(fx.Read(target), oldBytes);
+    }
+}
+
+// A new file need not be on the disk while the text it was made from is still there, but it must
+// be before anything is deleted or renamed: its source may be what goes. Each new file is forced
+// to the disk once, and a fault there stops the delete or rename with the source whole.
+TEST(FileSystem, NewFilesReachTheDiskBeforeAnythingIsDeletedOrRenamed) {
+    const QString parts = QStringLiteral("C:\\Jobs\\PUNCH1\\Parts\\");
+    const std::function<void(FileSystem&)> operations[] = {
+        [&](FileSystem& f) { f.Delete(parts + "X.prg"); },
+        [&](FileSystem& f) { f.Rename(parts + "X.prg", parts + "Y.prg"); },
+    };
+    for (const auto& operation : operations) {
+        InstallationFixture fx;
+        FileSystem& files = fx.Files();
+        const QByteArray source = fx.Read(parts + "X.prg");
+        files.Copy(parts + "X.prg", QStringLiteral("E:\\X.prg"));
+        WriteAllLines(files, QStringLiteral("E:\\New.lst"), {"new"});
+        {
+            TextWriter writer(files, QStringLiteral("E:\\Made.tmp"), TextWriter::Mode::Create);
+            writer.WriteLine(QStringLiteral("made"));
+            writer.Close();
+        }
+        kestrova::testing::FaultInjector faults(files);
+        faults.Fail(FileStep::Sync, QStringLiteral("X.prg"));
+        EXPECT_THROW(operation(files), DiskFullError);
+        EXPECT_EQ(fx.Read(parts + "X.prg"), source) << "the source stays while its copy is not on the disk";
+
+        faults.Fail(FileStep::Sync, QString(), ENOSPC, 1000); // counts, never fails
+        operation(files);
+        EXPECT_EQ(faults.Seen(), 3) << "each new file forced once";
+        files.Delete(QStringLiteral("E:\\New.lst"));
+        EXPECT_EQ(faults.Seen(), 3) << "and not again";
+        EXPECT_EQ(fx.Read(QStringLiteral("E:\\X.prg")), source);
     }
 }
