@@ -135,9 +135,11 @@ void FileReplacement::Commit() {
     if (std::fflush(m_file.get()) != 0)
         Fail(errno);
     std::error_code ec;
-    // An old text is only given up for a new one that is on the disk.
+    // An old text is only given up for a new one that is on the disk; a new file waits for the
+    // next settling of the layer, unless it is on a drive the operator takes away.
     const bool replaces = fs::exists(m_real, ec);
-    if (replaces) {
+    const bool forceNow = replaces || m_files.OnRemovableDrive(m_target.full);
+    if (forceNow) {
         step(FileStep::Sync);
 #ifndef _WIN32
         const int fd = fileno(m_file.get());
@@ -166,7 +168,7 @@ void FileReplacement::Commit() {
         fs::remove(m_sibling, ignored);
         m_files.ThrowFromErrno(ec.value(), m_target);
     }
-    if (!replaces) {
+    if (!forceNow) {
         m_files.RememberUnsettled(m_real.string(), m_target.full);
         return;
     }

@@ -130,6 +130,11 @@ public:
     }
     // Forces every such file to the disk (before something is deleted or renamed).
     void SettleWrites() { m_unsettled.Settle(*this); }
+    // A file on a removable drive is forced to the disk as soon as it is written: the operator
+    // takes the floppy or stick out once the work is done.
+    [[nodiscard]] bool OnRemovableDrive(const QString& fullPath) const {
+        return DriveType(SystemPath::Parse(fullPath).drive) == DriveKind::Removable;
+    }
 
 private:
     DeviceMap m_devices;

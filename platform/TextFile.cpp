@@ -8,6 +8,9 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#ifndef _WIN32
+#include <unistd.h>
+#endif
 
 namespace kestrova {
 
@@ -187,13 +190,26 @@ void TextWriter::Close() {
         m_file.reset();
         throw;
     }
-    const bool flushed = std::fflush(m_file.get()) == 0;
-    const int flushError = errno;
+    const bool removable = m_mode == Mode::Create && m_files.OnRemovableDrive(m_target.full);
+    bool flushed = std::fflush(m_file.get()) == 0;
+    int flushError = errno;
+#ifndef _WIN32
+    if (flushed && removable) {
+        try {
+            m_files.CheckFault(FileStep::Sync, m_target);
+        } catch (const SystemError&) {
+            m_file.reset();
+            throw;
+        }
+        flushed = ::fsync(fileno(m_file.get())) == 0;
+        flushError = errno;
+    }
+#endif
     const bool closed = std::fclose(m_file.release()) == 0;
     const int closeError = errno;
     if (!flushed || !closed)
         m_files.ThrowFromErrno(!flushed ? flushError : closeError, m_target);
-    if (m_mode == Mode::Create)
+    if (m_mode == Mode::Create && !removable)
         m_files.RememberUnsettled(host::ToFs(m_target.host).string(), m_target.full);
 }
 

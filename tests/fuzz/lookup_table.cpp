@@ -86,7 +86,8 @@ struct WrittenPaths {
     QStringList paths;
     void Watch(FileSystem& files) {
         files.SetFaultHook([this](FileStep step, const QString& path) {
-            if (step != FileStep::Read)
+            // Forcing to the disk a file written before is no write.
+            if (step != FileStep::Read && step != FileStep::Sync)
                 paths << path;
             return 0;
         });

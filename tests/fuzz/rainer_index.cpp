@@ -79,7 +79,8 @@ struct Installation {
     Installation() {
         fx.Load();
         fx.Files().SetFaultHook([](FileStep step, const QString& path) {
-            if (g_written && step != FileStep::Read)
+            // Forcing to the disk a file written before is no write.
+            if (g_written && step != FileStep::Read && step != FileStep::Sync)
                 *g_written << path;
             return 0;
         });

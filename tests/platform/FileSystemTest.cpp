@@ -350,10 +350,10 @@ TEST(FileSystem, NewFilesReachTheDiskBeforeAnythingIsDeletedOrRenamed) {
         InstallationFixture fx;
         FileSystem& files = fx.Files();
         const QByteArray source = fx.Read(parts + "X.prg");
-        files.Copy(parts + "X.prg", QStringLiteral("E:\\X.prg"));
-        WriteAllLines(files, QStringLiteral("E:\\New.lst"), {"new"});
+        files.Copy(parts + "X.prg", QStringLiteral("C:\\Jobs\\X.prg"));
+        WriteAllLines(files, QStringLiteral("C:\\Jobs\\New.lst"), {"new"});
         {
-            TextWriter writer(files, QStringLiteral("E:\\Made.tmp"), TextWriter::Mode::Create);
+            TextWriter writer(files, QStringLiteral("C:\\Jobs\\Made.tmp"), TextWriter::Mode::Create);
             writer.WriteLine(QStringLiteral("made"));
             writer.Close();
         }
@@ -365,8 +365,8 @@ TEST(FileSystem, NewFilesReachTheDiskBeforeAnythingIsDeletedOrRenamed) {
         faults.Fail(FileStep::Sync, QString(), ENOSPC, 1000); // counts, never fails
         operation(files);
         EXPECT_EQ(faults.Seen(), 3) << "each new file forced once";
-        files.Delete(QStringLiteral("E:\\New.lst"));
+        files.Delete(QStringLiteral("C:\\Jobs\\New.lst"));
         EXPECT_EQ(faults.Seen(), 3) << "and not again";
-        EXPECT_EQ(fx.Read(QStringLiteral("E:\\X.prg")), source);
+        EXPECT_EQ(fx.Read(QStringLiteral("C:\\Jobs\\X.prg")), source);
     }
 }
