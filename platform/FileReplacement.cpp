@@ -134,26 +134,19 @@ void FileReplacement::Commit() {
     step(FileStep::Close);
     if (std::fflush(m_file.get()) != 0)
         Fail(errno);
-    std::error_code ec;
-    // An old text is only given up for a new one that is on the disk; a new file waits for the
-    // next settling of the layer, unless it is on a drive the operator takes away.
-    const bool replaces = fs::exists(m_real, ec);
-    const bool forceNow = replaces || m_files.OnRemovableDrive(m_target.full);
-    if (forceNow) {
-        step(FileStep::Sync);
+    step(FileStep::Sync);
 #ifndef _WIN32
-        const int fd = fileno(m_file.get());
-        if (::fsync(fd) != 0)
+    const int fd = fileno(m_file.get());
+    if (::fsync(fd) != 0)
+        Fail(errno);
+    struct stat old {};
+    if (::stat(m_real.c_str(), &old) == 0) {
+        if (::fchmod(fd, old.st_mode & 07777) != 0)
             Fail(errno);
-        struct stat old {};
-        if (::stat(m_real.c_str(), &old) == 0) {
-            if (::fchmod(fd, old.st_mode & 07777) != 0)
-                Fail(errno);
-            // Only a privileged user may give a file away; anyone else keeps it as the host made it.
-            [[maybe_unused]] const int owned = ::fchown(fd, old.st_uid, old.st_gid);
-        }
-#endif
+        // Only a privileged user may give a file away; anyone else keeps it as the host made it.
+        [[maybe_unused]] const int owned = ::fchown(fd, old.st_uid, old.st_gid);
     }
+#endif
     step(FileStep::Replace);
     // Closed only now, so that every failure up to here removes the sibling the same way.
     if (std::fclose(m_file.release()) != 0) {
@@ -162,15 +155,12 @@ void FileReplacement::Commit() {
         fs::remove(m_sibling, ignored);
         m_files.ThrowFromErrno(error, m_target);
     }
+    std::error_code ec;
     fs::rename(m_sibling, m_real, ec);
     if (ec) {
         std::error_code ignored;
         fs::remove(m_sibling, ignored);
         m_files.ThrowFromErrno(ec.value(), m_target);
-    }
-    if (!forceNow) {
-        m_files.RememberUnsettled(m_real.string(), m_target.full);
-        return;
     }
 #ifndef _WIN32
     // The rename itself reaches the disk with its directory.

@@ -13,10 +13,9 @@ namespace kestrova {
 // The new text of a file that is written whole (a rewrite, a copy). The text goes to a hidden
 // sibling of the file that really holds the old text (a link is followed to it) and is renamed
 // over it by Commit(): at every moment the file's name holds the old text or the complete new
-// one, and a link stays a link that points at the new text. Where there is an old text, the new
-// one is flushed to the disk and given the old file's mode (and owner, where the host allows)
-// before the rename. A new file is left to reach the disk with the next settling of the layer
-// (DiskWrites.h). A failure at any step throws the error naming the file and leaves the old text
+// one, and a link stays a link that points at the new text. The new text is flushed to the disk
+// before the rename and, where there is an old text, given the old file's mode (and owner, where
+// the host allows). A failure at any step throws the error naming the file and leaves the old text
 // as it was; the sibling is removed unless committed.
 class FileReplacement {
 public:

@@ -191,8 +191,8 @@ TEST_F(ProgramTextTest, ARewriteThatCannotFinishLosesNothing) {
         {FileStep::Open, false, After::InTemporary, "Is In \"C:\\Kestrova\\"},
         {FileStep::Write, false, After::InTemporary, "Is In \"C:\\Kestrova\\"},
         {FileStep::Close, false, After::InTemporary, "Is In \"C:\\Kestrova\\"},
+        {FileStep::Sync, false, After::InTemporary, "Is In \"C:\\Kestrova\\"},
         {FileStep::Replace, false, After::InTemporary, "Is In \"C:\\Kestrova\\"},
-        {FileStep::Sync, false, After::Rewritten, "Has Its New Text"},
         {FileStep::Delete, true, After::Rewritten, "Has Its New Text"},
     };
     // Large enough for the new text to go to the disk in several writes.
