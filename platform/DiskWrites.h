@@ -9,12 +9,12 @@ namespace kestrova {
 
 class FileSystem;
 
-// Files this layer has written under a new name whose text may still be only in the host's
-// memory. Forcing each one to the disk as it is made would cost a batch of a thousand copies a
-// thousand waits, and gains nothing while the text it was made from is still there: a crash then
-// loses at most the new copy. What must not happen is that the text it came from goes first. So
-// before this layer deletes or renames anything, every such file is forced to the disk (its text
-// and its name), all of them at once.
+// Text files this layer has written anew (a rewrite's temporary file, say) whose text may still
+// be only in the host's memory. A copy is forced to the disk before it counts as stored; a text
+// file written anew is not forced as it is closed, which gains time and risks nothing while the
+// text it was made from is still there: a crash then loses at most the new file. What must not
+// happen is that the text it came from goes first. So before this layer deletes or renames
+// anything, every such file is forced to the disk (its text and its name), all of them at once.
 class UnsettledFiles {
 public:
     void Add(const std::string& hostPath, const QString& fullPath);
