@@ -1,6 +1,7 @@
 #include "filestore/LastFile.h"
 
 #include "Frontend/Reload.h"
+#include "Frontend/StartUp.h"
 #include "InstallationFixture.h"
 #include "RecordingFrame.h"
 #include "filestore/SelectDirectory.h"
@@ -20,72 +21,59 @@ protected:
     InstallationFixture fixture;
 };
 
-TEST_F(LastFileTest, RememberWritesDirectoryNameAndEndMarker) {
+TEST_F(LastFileTest, RememberKeepsTheTrimmedTextsButNeverADriveOrAnEmptyText) {
     RememberLastFile(fixture.session(), QStringLiteral("  Parts "), QStringLiteral(" Bracket  "));
     EXPECT_EQ(fixture.Read(LastFileLst), QByteArray("Parts\r\nBracket\r\n******\r\n"));
-}
-
-TEST_F(LastFileTest, RememberLeavesTheMemoryForEmptyTextsAndDrives) {
-    RememberLastFile(fixture.session(), QStringLiteral("Parts"), QStringLiteral("Bracket"));
-    const QByteArray before = fixture.Read(LastFileLst);
     RememberLastFile(fixture.session(), QStringLiteral("A:"), QStringLiteral("Bracket"));
     RememberLastFile(fixture.session(), QStringLiteral("Parts"), QStringLiteral("   "));
     RememberLastFile(fixture.session(), QString(), QStringLiteral("Cover"));
-    EXPECT_EQ(fixture.Read(LastFileLst), before);
+    EXPECT_EQ(fixture.Read(LastFileLst), QByteArray("Parts\r\nBracket\r\n******\r\n"));
+    ClearLastFile(fixture.session());
+    EXPECT_EQ(fixture.Read(LastFileLst), QByteArray("******\r\n"));
 }
 
-TEST_F(LastFileTest, RecallFindsTheFileByKind) {
-    RememberLastFile(fixture.session(), QStringLiteral("Parts"), QStringLiteral("Bracket"));
-    for (int kind : {1, 2, 3}) {
+TEST_F(LastFileTest, RecallFindsAFileOfTheKindAskedOrEmptiesTheMemory) {
+    const QStringList bracket{"Parts", "Bracket", "******"};
+    const struct {
+        const char* memory;
+        QStringList lines; // of "Lastfile.lst"; none: never written
+        int kind;          // 1 a drawing, 2 a program, 3 either
+        QString recalled;  // empty: nothing recalled, and the memory emptied
+    } rows[] = {
+        {"a drawing and a program, as a drawing", bracket, 1, "Bracket"},
+        {"a drawing and a program, as a program", bracket, 2, "Bracket"},
+        {"a drawing and a program, as either", bracket, 3, "Bracket"},
+        {"a program only, as a drawing", {"Parts", "Cover", "******"}, 1, ""},
+        {"a name cut at a comma", {"Parts", "Cover,Right", "******"}, 2, "Cover"},
+        {"never written", {}, 3, ""},
+        {"emptied", {"******"}, 3, ""},
+        {"cut short by hand", {"Parts"}, 3, ""},
+        {"a file removed since", {"Parts", "Removed", "******"}, 3, ""},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.memory);
+        fixture.Remove(LastFileLst);
+        if (!row.lines.isEmpty())
+            fixture.WriteLines(LastFileLst, row.lines);
         QString directory, name;
-        EXPECT_TRUE(RecallLastFile(fixture.session(), directory, name, kind)) << "kind " << kind;
-        EXPECT_EQ(directory, QStringLiteral("Parts"));
-        EXPECT_EQ(name, QStringLiteral("Bracket"));
+        EXPECT_EQ(RecallLastFile(fixture.session(), directory, name, row.kind), !row.recalled.isEmpty());
+        EXPECT_EQ(name, row.recalled);
+        if (!row.recalled.isEmpty()) {
+            EXPECT_EQ(directory, QStringLiteral("Parts"));
+        }
+        if (row.lines.isEmpty())
+            EXPECT_FALSE(fixture.OnDisk(LastFileLst)) << "a recall does not write a memory never written";
+        else
+            EXPECT_EQ(fixture.ReadLines(LastFileLst),
+                      row.recalled.isEmpty() ? QStringList{"******"} : row.lines);
     }
 }
 
-TEST_F(LastFileTest, AProgramIsNotRecalledAsADrawingAndTheMemoryIsEmptied) {
-    RememberLastFile(fixture.session(), QStringLiteral("Parts"), QStringLiteral("Cover"));
-    QString directory, name;
-    EXPECT_FALSE(RecallLastFile(fixture.session(), directory, name, 1));
-    EXPECT_TRUE(name.isEmpty());
-    EXPECT_EQ(fixture.ReadLines(LastFileLst), QStringList{QStringLiteral("******")});
-    // Emptied: not even the program is recalled any more.
-    EXPECT_FALSE(RecallLastFile(fixture.session(), directory, name, 2));
-}
-
-TEST_F(LastFileTest, RecallReadsItemsWithTheNameCutAtAComma) {
-    fixture.Write(QStringLiteral("C:\\Jobs\\PUNCH1\\Parts\\Left.prg"), "%\r\n");
+TEST_F(LastFileTest, AStaleMemoryIsForgottenAtStartUp) {
     fixture.WriteLines(LastFileLst,
-                       {QStringLiteral("Parts"), QStringLiteral("Left,Right"), QStringLiteral("******")});
-    QString directory, name;
-    EXPECT_TRUE(RecallLastFile(fixture.session(), directory, name, 2));
-    EXPECT_EQ(name, QStringLiteral("Left"));
-}
-
-TEST_F(LastFileTest, AMissingOrEmptiedMemoryRecallsNothing) {
-    QString directory, name;
-    ASSERT_FALSE(fixture.OnDisk(LastFileLst));
-    EXPECT_FALSE(RecallLastFile(fixture.session(), directory, name, 3));
-    EXPECT_FALSE(fixture.OnDisk(LastFileLst));
-
-    ClearLastFile(fixture.session());
-    EXPECT_EQ(fixture.Read(LastFileLst), QByteArray("******\r\n"));
-    EXPECT_FALSE(RecallLastFile(fixture.session(), directory, name, 3));
-
-    // Cut short by hand: one line and no name.
-    fixture.WriteLines(LastFileLst, {QStringLiteral("Parts")});
-    EXPECT_FALSE(RecallLastFile(fixture.session(), directory, name, 3));
-    EXPECT_EQ(fixture.Read(LastFileLst), QByteArray("******\r\n"));
-}
-
-TEST_F(LastFileTest, ARemovedFileIsForgotten) {
-    RememberLastFile(fixture.session(), QStringLiteral("Parts"), QStringLiteral("Bracket"));
-    fixture.Remove(QStringLiteral("C:\\Jobs\\PUNCH1\\Parts\\Bracket.drw"));
-    fixture.Remove(QStringLiteral("C:\\Jobs\\PUNCH1\\Parts\\Bracket.prg"));
-    QString directory, name;
-    EXPECT_FALSE(RecallLastFile(fixture.session(), directory, name, 3));
-    EXPECT_EQ(fixture.Read(LastFileLst), QByteArray("******\r\n"));
+                       {QStringLiteral("Parts"), QStringLiteral("Deleted"), QStringLiteral("******")});
+    ASSERT_EQ(LoadAtStartUp(fixture.session()), 0);
+    EXPECT_EQ(fixture.ReadLines(LastFileLst), QStringList{"******"});
 }
 
 } // namespace

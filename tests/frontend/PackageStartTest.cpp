@@ -18,13 +18,6 @@ const QString Program = QStringLiteral("C:\\Kestrova\\");
 class PackageStartTest : public ::testing::Test {
 protected:
     void SetUp() override { fixture.Load(); }
-    // What a package leaves behind for the front end: "Kestrova.cfg" naming a machine and directory.
-    void PackageChooses(int machine, const QString& directory) {
-        fixture.WriteLines(Program + "Next.cfg",
-                           {QStringLiteral("C:\\Kestrova"), QStringLiteral("C:\\Kestrova\\Setup"),
-                            QStringLiteral("C:\\Jobs"), QString::number(machine), directory,
-                            QStringLiteral("******")});
-    }
     void Start(Package package) { StartPackage(fixture.session(), launcher, frame, package); }
 
     InstallationFixture fixture;
@@ -56,46 +49,51 @@ TEST_F(PackageStartTest, AMissingPackageIsReportedAndNothingElseHappens) {
     EXPECT_TRUE(frame.log.isEmpty());
 }
 
-TEST_F(PackageStartTest, APackageThatEndsAtOnceStillLeadsToTheReload) {
-    PackageChooses(1, QStringLiteral("Archive"));
-    fixture.WriteProgram(Program + "Kestrdrw.exe", "cp Next.cfg Kestrova.cfg");
-    Start(Package::Drawing);
-    EXPECT_EQ(frame.log,
-              (QStringList{"disable DrawingPackage", "logo", "setup", "status", "enable DrawingPackage"}));
-    EXPECT_EQ(fixture.Settings().CurrentDir, QStringLiteral("Archive"));
-    EXPECT_TRUE(fixture.Messages().Log().isEmpty());
-}
-
-TEST_F(PackageStartTest, AnotherMachineAfterThePackageResetsWhatBelongsToTheMachine) {
-    RememberLastFile(fixture.session(), QStringLiteral("Parts"), QStringLiteral("Bracket"));
-    PackageChooses(2, QStringLiteral("Kestrova"));
-    fixture.WriteProgram(Program + "Kestrshp.exe", "cp Next.cfg Kestrova.cfg");
-    Start(Package::ShapesTooling);
-    EXPECT_EQ(frame.log, (QStringList{"disable ShapeManager", "logo", "machine changed", "setup", "status",
-                                      "enable ShapeManager"}));
-    EXPECT_EQ(fixture.Settings().MachineDescription, QStringLiteral("Rainer Combi 1250"));
-    // The remembered drawing was one of the other machine.
-    EXPECT_EQ(fixture.ReadLines(Program + "Lastfile.lst"), QStringList{"******"});
-}
-
-TEST_F(PackageStartTest, PackagesThatCannotChangeTheMachineAreNotFollowedByAReload) {
-    PackageChooses(2, QStringLiteral("Kestrova"));
-    for (Package package : {Package::ToolLibrary, Package::StockManager}) {
+// Each package leaves "Kestrova.cfg" naming a machine and directory, then ends at once; the rows
+// run one after another.
+TEST_F(PackageStartTest, APackageIsFollowedByAReloadOnlyWhenItMayChangeTheMachine) {
+    const struct {
+        Package package;
+        const char* machine; // and directory, chosen by the package
+        const char* directory;
+        QStringList reload; // what the frame shows between disabling and enabling the entry
+        int machineAfter;
+        QString directoryAfter;
+    } rows[] = {
+        {Package::ToolLibrary, "2", "Kestrova", {}, 1, "Parts"},
+        {Package::StockManager, "2", "Kestrova", {}, 1, "Parts"},
+        {Package::Drawing, "1", "Archive", {"logo", "setup", "status"}, 1, "Archive"},
+        {Package::ShapesTooling,
+         "2",
+         "Kestrova",
+         {"logo", "machine changed", "setup", "status"},
+         2,
+         "Kestrova"},
+    };
+    for (const auto& row : rows) {
+        const QString entry = InfoOf(row.package).entry;
+        SCOPED_TRACE(entry.toStdString());
         frame.log.clear();
-        fixture.WriteProgram(Program + InfoOf(package).executable, "cp Next.cfg Kestrova.cfg");
-        Start(package);
-        EXPECT_EQ(frame.log,
-                  (QStringList{"disable " + InfoOf(package).entry, "enable " + InfoOf(package).entry}));
-        EXPECT_EQ(fixture.Settings().MachineNumber, 1);
-        EXPECT_EQ(fixture.Settings().CurrentDir, QStringLiteral("Parts"));
+        RememberLastFile(fixture.session(), QStringLiteral("Parts"), QStringLiteral("Bracket"));
+        fixture.WriteLines(Program + "Next.cfg", {"C:\\Kestrova", "C:\\Kestrova\\Setup", "C:\\Jobs",
+                                                  row.machine, row.directory, "******"});
+        fixture.WriteProgram(Program + InfoOf(row.package).executable, "cp Next.cfg Kestrova.cfg");
+        Start(row.package);
+        EXPECT_EQ(frame.log, QStringList{"disable " + entry} + row.reload + QStringList{"enable " + entry});
+        EXPECT_EQ(fixture.Settings().MachineNumber, row.machineAfter);
+        EXPECT_EQ(fixture.Settings().CurrentDir, row.directoryAfter);
+        // The remembered drawing was one of the machine before.
+        EXPECT_EQ(fixture.ReadLines(Program + "Lastfile.lst").size(), row.machineAfter == 1 ? 3 : 1);
+        EXPECT_TRUE(fixture.Messages().Log().isEmpty());
     }
+    EXPECT_EQ(fixture.Settings().MachineDescription, QStringLiteral("Rainer Combi 1250"));
 }
 
 TEST_F(PackageStartTest, APackageThatCannotStartOnThisHostChangesNothing) {
     if (!QStandardPaths::findExecutable(QStringLiteral("wine")).isEmpty())
         GTEST_SKIP() << "wine is installed: the fixture's Windows stand-ins would run";
-    PackageChooses(2, QStringLiteral("Kestrova"));
-    fixture.Write(Program + "Kestrova.cfg", fixture.Read(Program + "Next.cfg"));
+    fixture.WriteLines(Program + "Kestrova.cfg",
+                       {"C:\\Kestrova", "C:\\Kestrova\\Setup", "C:\\Jobs", "2", "Kestrova", "******"});
     Start(Package::Drawing);
     EXPECT_TRUE(frame.log.isEmpty());
     EXPECT_TRUE(fixture.Messages().Log().isEmpty());

@@ -68,31 +68,17 @@ TEST_F(SettingsFileEditingTest, NotepadAndEditorsThatCannotRunHereOpenTheBuiltIn
     EXPECT_EQ(frame.log, QStringList(4, QStringLiteral("show")));
 }
 
-TEST_F(SettingsFileEditingTest, WithoutEditorCfgTheRoutineFailsNamingIt) {
-    fixture.Remove(EditorCfg);
-    try {
-        Edit(QStringLiteral("C:\\Kestrova\\Backup.cfg"));
-        FAIL() << "no error";
-    } catch (const FileNotFoundError& error) {
-        EXPECT_EQ(error.subject(), EditorCfg);
-    }
-    EXPECT_TRUE(builtIn.isEmpty());
+TEST_F(SettingsFileEditingTest, BackupRunsItsCommandLineWithTheWindowHiddenOrIsRefusedWithoutOne) {
+    // The fixture's "Backup.cfg" holds one empty line.
+    RunBackup(fixture.session(), launcher, frame);
+    EXPECT_EQ(fixture.Messages().Log(), (QStringList{"<beep>", "No Backup Software Selected !"}));
     EXPECT_TRUE(frame.log.isEmpty());
-}
 
-TEST_F(SettingsFileEditingTest, BackupRunsItsCommandLineWithTheWindowHidden) {
     fixture.WriteLines(QStringLiteral("C:\\Kestrova\\Backup.cfg"),
                        {QStringLiteral("C:\\Tools\\Edit.exe /all \"C:\\Jobs\"")});
     RunBackup(fixture.session(), launcher, frame);
     EXPECT_EQ(Args(), (QStringList{"2", "/all", "C:\\Jobs"}));
     EXPECT_EQ(frame.log, (QStringList{"hide", "show"}));
-}
-
-TEST_F(SettingsFileEditingTest, BackupWithoutACommandIsRefused) {
-    // The fixture's "Backup.cfg" holds one empty line.
-    RunBackup(fixture.session(), launcher, frame);
-    EXPECT_EQ(fixture.Messages().Log(), (QStringList{"<beep>", "No Backup Software Selected !"}));
-    EXPECT_TRUE(frame.log.isEmpty());
 }
 
 } // namespace

@@ -76,24 +76,24 @@ TEST(EnvironmentLoad, ReadsKestrovaCfgLineByLine) {
 }
 
 TEST(EnvironmentLoad, AMissingOrShortKestrovaCfgStopsStartUpWithOneMessage) {
-    {
+    const struct {
+        QStringList cfg; // none: no "Kestrova.cfg"
+        QString message;
+    } rows[] = {
+        {{}, "File not found: \"C:\\Kestrova\\Kestrova.cfg\""},
+        {{"C:\\Kestrova", "C:\\Kestrova\\Setup", "C:\\Jobs", "1"},
+         "Input past end of file: \"C:\\Kestrova\\Kestrova.cfg\""},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.message.toStdString());
         InstallationFixture fx;
-        fx.Remove(QStringLiteral("C:\\Kestrova\\Kestrova.cfg"));
+        if (row.cfg.isEmpty())
+            fx.Remove(QStringLiteral("C:\\Kestrova\\Kestrova.cfg"));
+        else
+            fx.WriteLines(QStringLiteral("C:\\Kestrova\\Kestrova.cfg"), row.cfg);
         EXPECT_EQ(LoadAtStartUp(fx.session()), 1);
-        EXPECT_EQ(fx.Messages().Texts(), (QStringList{"File not found: \"C:\\Kestrova\\Kestrova.cfg\""}));
-    }
-    {
-        InstallationFixture fx;
-        fx.WriteLines(QStringLiteral("C:\\Kestrova\\Kestrova.cfg"),
-                      {"C:\\Kestrova", "C:\\Kestrova\\Setup", "C:\\Jobs", "1"});
-        EXPECT_EQ(LoadAtStartUp(fx.session()), 1);
-        EXPECT_EQ(fx.Messages().Texts(),
-                  (QStringList{"Input past end of file: \"C:\\Kestrova\\Kestrova.cfg\""}));
-    }
-    {
-        InstallationFixture fx;
-        EXPECT_EQ(LoadAtStartUp(fx.session()), 0);
-        EXPECT_TRUE(fx.Messages().Texts().isEmpty());
+        ASSERT_EQ(fx.Messages().Texts(), QStringList{row.message});
+        EXPECT_EQ(fx.Messages().Messages().first().message.title, QStringLiteral("Kestrova"));
     }
 }
 

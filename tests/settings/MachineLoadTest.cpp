@@ -73,6 +73,9 @@ TEST(MachineLoad, EachMachineOfTheListGetsItsOwnTypeAndOptions) {
     EXPECT_EQ(g.RainerType, 0);
     EXPECT_EQ(g.CurrentDir, QStringLiteral("Kestrova"))
         << "a directory the machine lacks falls back to Kestrova";
+    EXPECT_EQ(fx.ReadLines(QStringLiteral("C:\\Kestrova\\Kestrova.cfg")).mid(3, 2),
+              (QStringList{"3", "Kestrova"}))
+        << "and the fallback is kept";
     EXPECT_FALSE(fx.OnDisk(QStringLiteral("C:\\Kestrova\\Setup\\Tools\\LASER")));
 }
 
