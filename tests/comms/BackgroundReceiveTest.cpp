@@ -1,44 +1,30 @@
+// The background receive over a scripted line: what arrives is filed by the header and trailer
+// rules, and under faults of the host (a full disk, a pulled drive) at each step a received
+// program is afterwards whole where it was meant to go or whole in a file of its own.
 #include "comms/BackgroundReceive.h"
 
+#include "CommsInstallation.h"
 #include "FaultInjector.h"
-#include "InstallationFixture.h"
-#include "ScriptedSerialLine.h"
-#include "TestApplication.h"
-#include "settings/SettingsFile.h"
 
 #include <QDirIterator>
 #include <gtest/gtest.h>
 
 using namespace kestrova;
-using kestrova::testing::FaultInjector;
-using kestrova::testing::InstallationFixture;
-using kestrova::testing::ScriptedSerialLine;
+using namespace kestrova::testing;
 
 namespace {
 
-const QString Cms = QStringLiteral("C:\\Kestrova\\Kestrova.cms");
 const QString Tmp = QStringLiteral("C:\\Kestrova\\Receive.tmp");
 const QString Lst = QStringLiteral("C:\\Kestrova\\Receive.lst");
-const QString Parts = QStringLiteral("C:\\Jobs\\PUNCH1\\Parts\\");
 
-QStringList CmsLines(const QString& port, const QString& trailer, const QString& endSequence = QString(),
-                     const QString& filter = QStringLiteral("0,127")) {
-    return {LabelledLine("Title", "Background receive"),
-            LabelledLine("Port", port),
-            LabelledLine("Baud", "9600"),
-            LabelledLine("Parity", "E"),
-            LabelledLine("Data Bits", "7"),
-            LabelledLine("Stop Bits", "2"),
-            LabelledLine("Handshake", "XON/XOFF"),
-            LabelledLine("Start Mode", ""),
-            LabelledLine("Start Character", ""),
-            LabelledLine("Leader", ""),
-            LabelledLine("Line End", "1,13,1,10"),
-            LabelledLine("Trailer", trailer),
-            LabelledLine("End Sequence", endSequence),
-            LabelledLine("Send Filter", ""),
-            LabelledLine("Receive Filter", filter),
-            LabelledLine("Receive Time Out", "0")};
+QString NewProgram(int n) {
+    return Parts + QStringLiteral("New Program %1.prg").arg(n);
+}
+QString Stem(const QString& path) {
+    return path.section(u'\\', -1).section(u'.', 0, 0);
+}
+QString InParts(const QString& program) {
+    return program + " in Parts for Trumpf Punch 5000";
 }
 
 // Every file below a host directory, as paths relative to it.
@@ -51,55 +37,183 @@ QStringList Tree(const QString& hostDir) {
     return files;
 }
 
-class BackgroundReceiveTest : public ::testing::Test {
-protected:
-    void SetUp() override { kestrova::testing::TestApplication(); }
-
-    // Loads the installation with a "Kestrova.cms" for port 2 and starts the receive.
-    void Begin(const QString& trailer = QStringLiteral("1,37"), const QString& endSequence = QString(),
-               const QString& filter = QStringLiteral("0,127")) {
-        fx.WriteLines(Cms, CmsLines("2", trailer, endSequence, filter));
-        fx.Load();
-        auto line = std::make_unique<ScriptedSerialLine>();
-        m_line = line.get();
-        receive = std::make_unique<BackgroundReceive>(fx.session(), std::move(line));
-        QObject::connect(receive.get(), &BackgroundReceive::ReceiveListChanged, [this] { ++listChanges; });
-        receive->Start();
-    }
-    ScriptedSerialLine& line() { return *m_line; }
-
-    InstallationFixture fx;
-    std::unique_ptr<BackgroundReceive> receive;
-    int listChanges = 0;
-
-private:
-    ScriptedSerialLine* m_line = nullptr;
-};
+class BackgroundReceiveTest : public ::testing::Test, public ScriptedBackground {};
 
 } // namespace
 
-TEST_F(BackgroundReceiveTest, StartPreparesTheBackgroundPortAndPortZeroLeavesItClosed) {
-    Begin();
-    EXPECT_TRUE(line().PortOpen());
-    EXPECT_EQ(line().RThreshold(), 1); // the background set-up, whose order PortSetup's tests hold
-    EXPECT_EQ(receive->TempPath(), Tmp);
-    EXPECT_EQ(receive->ListPath(), Lst);
+TEST(BackgroundReceive, WhatArrivesIsFiledByTheHeaderAndTrailerRules) {
+    using Files = std::vector<std::pair<QString, QByteArray>>;
+    const QByteArray header = "\x17PUNCH1\r\n\x18Parts\r\n\x19P100\r\nG1\r\n%";
+    const struct {
+        const char* what;
+        Values settings = {};
+        int machines = 3; // the first machines of the list
+        Files before = {};
+        QList<QByteArray> chunks;
+        Files filed;        // the files' contents afterwards; no other file is added
+        QStringList listed; // "Receive.lst" and the receive list
+        QStringList absent = {};
+        bool receiving = false;
+    } cases[] = {
+        {.what = "two programs in one chunk; the same in two loses the trailer's last character",
+         .chunks = {"abc%def%", "abc%", "def%"},
+         .filed = {{NewProgram(1), "abc"},
+                   {NewProgram(2), "%def"},
+                   {NewProgram(3), "abc"},
+                   {NewProgram(4), "def"}},
+         .listed = {InParts("New Program 1"), InParts("New Program 2"), InParts("New Program 3"),
+                    InParts("New Program 4")}},
+        {.what = "header lines name machine, directory and program; blanks trimmed, a tab kept",
+         .chunks = {"\x17rainer\r\n\x18Sheets \r\n  \x19 P100\r\n  G1 X1  \r\n\r\n\tG2\r\nM30", "%"},
+         .filed = {{"C:\\Jobs\\RAINER\\Sheets\\P100.prg", "G1 X1\r\n\tG2\r\nM30\r\n"}},
+         .listed = {"P100 in Sheets for Rainer Combi 1250"}},
+        {.what = "each header line counts only for its own marker",
+         .chunks = {"G0\r\n\x17LASER\r\n\x19P7\r\nG1\r\n\x18Late\r\n%"},
+         .filed = {{Parts + "P7.prg", "G0\r\nG1\r\n"}},
+         .listed = {InParts("P7")}},
+        {.what = "an unknown machine files for the current one",
+         .chunks = {"\x17NOSUCH\r\n\x18Parts\r\n\x19P200\r\nG1\r\n%"},
+         .filed = {{Parts + "P200.prg", "G1\r\n"}},
+         .listed = {InParts("P200")},
+         .absent = {"C:\\Jobs\\NOSUCH"}},
+        {.what = "hostile header values count as absent; 32 characters are a name",
+         .chunks = {"\x17..\r\n\x18..\\..\\Evil\r\n\x19/etc/passwd\r\nG1\r\n%",
+                    "\r\n\x18.\r\n\x19"
+                    "C:x\r\nG2\r\n%",
+                    "\r\n\x18"
+                    "A23456789012345678901234567890123\r\n\x19P\x01Q\r\nG3\r\n%",
+                    "\x17\r\n\x18\r\n\x19"
+                    "A2345678901234567890123456789012\r\nG4\r\n%"},
+         .filed = {{NewProgram(1), "G1\r\n"},
+                   {NewProgram(2), "G2\r\n"},
+                   {NewProgram(3), "G3\r\n"},
+                   {Parts + "A2345678901234567890123456789012.prg", "G4\r\n"}},
+         .listed = {InParts("New Program 1"), InParts("New Program 2"), InParts("New Program 3"),
+                    InParts("A2345678901234567890123456789012")}},
+        {.what = "a named program is replaced; default names skip those taken; bytes kept as sent",
+         .before = {{NewProgram(1), "old one"}, {NewProgram(3), "old three"}},
+         .chunks = {"\r\n\r\n\x19"
+                    "Cover\r\nG9\r\n%",
+                    "raw\r\nbytes \r\n\r\n%", "more%"},
+         .filed = {{Parts + "Cover.prg", "G9\r\n"},
+                   {NewProgram(1), "old one"},
+                   {NewProgram(2), "raw\r\nbytes \r\n\r\n"},
+                   {NewProgram(3), "old three"},
+                   {NewProgram(4), "more"}},
+         .listed = {InParts("Cover"), InParts("New Program 2"), InParts("New Program 4")}},
+        {.what = "filtered characters still end a program; NULs never pass the line",
+         .settings = {{"Trailer", "1,127"}},
+         .chunks = {QByteArray("A\0B\x7f"
+                               "CD\x7f",
+                               7)},
+         .filed = {{NewProgram(1), "AB"}, {NewProgram(2), "CD"}},
+         .listed = {InParts("New Program 1"), InParts("New Program 2")}},
+        {.what = "programs under two characters are dropped silently",
+         .chunks = {"%", "x%"},
+         .filed = {},
+         .listed = {},
+         .absent = {Tmp, NewProgram(1)}},
+        {.what = "two characters are a program",
+         .chunks = {"%", "x%", "xy%"},
+         .filed = {{NewProgram(1), "xy"}},
+         .listed = {InParts("New Program 1")}},
+        {.what = "the character after a trailer never starts the next one",
+         .chunks = {"ab%", "%cd%", "ef%%gh%"},
+         .filed =
+             {{NewProgram(1), "ab"}, {NewProgram(2), "%cd"}, {NewProgram(3), "ef"}, {NewProgram(4), "%%gh"}},
+         .listed = {InParts("New Program 1"), InParts("New Program 2"), InParts("New Program 3"),
+                    InParts("New Program 4")}},
+        {.what = "a character that breaks the match is not tried as a new start",
+         .settings = {{"Trailer", "1,97,1,98"}},
+         .chunks = {"xaab", "ab"},
+         .filed = {{NewProgram(1), "xaaba"}},
+         .listed = {InParts("New Program 1")}},
+        {.what = "an empty trailer never ends a program",
+         .settings = {{"Trailer", ""}},
+         .chunks = {"abc%def%", "ghi"},
+         .filed = {},
+         .listed = {},
+         .absent = {NewProgram(1)},
+         .receiving = true},
+        {.what = "the end sequence is matched over the trailer's length",
+         .settings = {{"Trailer", "1,37,1,37"}, {"End Sequence", "1,37,1,65"}},
+         .chunks = {"x%", "A", "%%"},
+         .filed = {{NewProgram(1), "x%A%"}},
+         .listed = {InParts("New Program 1")}},
+        {.what = "one machine lists without the machine",
+         .machines = 1,
+         .chunks = {header},
+         .filed = {{Parts + "P100.prg", "G1\r\n"}},
+         .listed = {"P100 in Parts"}},
+        {.what = "two machines list the machine",
+         .machines = 2,
+         .chunks = {header},
+         .filed = {{Parts + "P100.prg", "G1\r\n"}},
+         .listed = {InParts("P100")}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        ScriptedBackground s;
+        InstallationFixture& fx = s.fx;
+        fx.WriteLines("C:\\Kestrova\\Machine.lst",
+                      fx.ReadLines("C:\\Kestrova\\Machine.lst").mid(0, c.machines) << EndMarker);
+        for (const auto& [path, bytes] : c.before)
+            fx.Write(path, bytes);
+        s.Start(c.settings);
+        const QStringList before = Tree(fx.Root());
+        for (const QByteArray& chunk : c.chunks)
+            s.line->Feed(chunk);
 
-    fx.WriteLines(Cms, CmsLines("0", "1,37"));
+        QStringList added;
+        for (const auto& [path, bytes] : c.filed) {
+            EXPECT_EQ(fx.Read(path), bytes) << path.toStdString();
+            added << fx.Host(path).mid(fx.Root().size() + 1);
+        }
+        if (!c.listed.isEmpty())
+            added << QStringLiteral("c/Kestrova/Receive.lst");
+        const auto newFiles = [&](QStringList files) {
+            for (const QString& f : before + QStringList{"c/Kestrova/Receive.tmp", "c/Kestrova/Transfer.log"})
+                files.removeAll(f);
+            files.sort();
+            return files;
+        };
+        EXPECT_EQ(newFiles(Tree(fx.Root())), newFiles(added))
+            << "nothing but the programs and the list lands";
+        EXPECT_EQ(fx.OnDisk(Lst) ? fx.ReadLines(Lst) : QStringList(), c.listed);
+        EXPECT_EQ(s.receive->ReceiveList().entries, c.listed);
+        EXPECT_EQ(s.receive->ReceiveFrameVisible(), !c.listed.isEmpty());
+        for (const QString& path : c.absent)
+            EXPECT_FALSE(fx.OnDisk(path)) << path.toStdString();
+        EXPECT_EQ(s.receive->Receiving(), c.receiving);
+        if (c.receiving) {
+            EXPECT_TRUE(fx.OnDisk(Tmp));
+        }
+        EXPECT_TRUE(fx.Messages().Texts().isEmpty());
+    }
+}
+
+TEST_F(BackgroundReceiveTest, TheCmsPortDecidesWhetherTheBackgroundListens) {
+    Start({{"Port", "1"}});
+    EXPECT_TRUE(receive->Settings().Enabled);
+    EXPECT_TRUE(line->PortOpen());
+    EXPECT_EQ(line->Log().value(0), "CommPort=1");
+    EXPECT_EQ(line->RThreshold(), 1); // the background set-up, whose order PortSetup's tests hold
+
+    SetValues(fx, BackgroundCms, {{"Port", "0"}});
     receive->Start();
-    EXPECT_FALSE(line().PortOpen());
+    EXPECT_FALSE(line->PortOpen());
     EXPECT_FALSE(receive->Settings().Enabled);
-    fx.Remove(Cms);
+    fx.Remove(BackgroundCms);
     receive->Start();
-    EXPECT_FALSE(line().PortOpen());
+    EXPECT_FALSE(line->PortOpen());
 }
 
 // Received bytes 0x80..0x9F are filtered and matched by the settings' codes of those bytes, and
 // names in the header are the names the data directory then lists, shown as Windows-1252.
 TEST_F(BackgroundReceiveTest, HighBytesInCodesNamesAndTextKeepTheirMeaning) {
-    Begin(QStringLiteral("1,153"), QString(), QStringLiteral("138"));
-    line().Feed("\x17PUNCH1\r\n\x18Teile\x80\r\n\x19\x8E"
-                "1\r\nG1 \x85\x8A\x9F\r\n\x99");
+    Start({{"Trailer", "1,153"}, {"Receive Filter", "138"}});
+    line->Feed("\x17PUNCH1\r\n\x18Teile\x80\r\n\x19\x8E"
+               "1\r\nG1 \x85\x8A\x9F\r\n\x99");
     const QString teile = QStringLiteral("C:\\Jobs\\PUNCH1\\Teile\u20AC\\");
     EXPECT_EQ(fx.Files().Find(QStringLiteral("C:\\Jobs\\PUNCH1\\T*"), EntryKinds::Directories),
               QStringList(QStringLiteral("Teile\u20AC")));
@@ -115,178 +229,14 @@ TEST_F(BackgroundReceiveTest, HighBytesInCodesNamesAndTextKeepTheirMeaning) {
                               "1  "));
 }
 
-TEST_F(BackgroundReceiveTest, TwoProgramsInOneChunkAndTheTrailersLastCharacter) {
-    Begin();
-    line().Feed("abc%def%");
-    EXPECT_EQ(fx.Read(Parts + "New Program 1.prg"), "abc");
-    EXPECT_EQ(fx.Read(Parts + "New Program 2.prg"), "%def");
-    EXPECT_FALSE(receive->Receiving());
-    EXPECT_EQ(fx.ReadLines(Lst), (QStringList{"New Program 1 in Parts for Trumpf Punch 5000",
-                                              "New Program 2 in Parts for Trumpf Punch 5000"}));
-    EXPECT_EQ(receive->ReceiveList().entries, fx.ReadLines(Lst));
-    EXPECT_TRUE(receive->ReceiveFrameVisible());
-    EXPECT_TRUE(fx.Messages().Texts().isEmpty());
-
-    // The same text in two chunks: the first trailer ends its chunk, so its character is lost.
-    line().Feed("abc%");
-    line().Feed("def%");
-    EXPECT_EQ(fx.Read(Parts + "New Program 3.prg"), "abc");
-    EXPECT_EQ(fx.Read(Parts + "New Program 4.prg"), "def");
-}
-
-TEST_F(BackgroundReceiveTest, HeaderLinesNameMachineDirectoryAndProgram) {
-    Begin();
-    EXPECT_FALSE(fx.OnDisk("C:\\Jobs\\RAINER\\Sheets"));
-    line().Feed("\x17rainer\r\n\x18Sheets \r\n  \x19 P100\r\n  G1 X1  \r\n\r\n\tG2\r\nM30");
-    line().Feed("%");
-    EXPECT_EQ(fx.Read("C:\\Jobs\\RAINER\\Sheets\\P100.prg"), "G1 X1\r\n\tG2\r\nM30\r\n")
-        << "blanks are trimmed, a tab is part of the line";
-    EXPECT_EQ(fx.ReadLines(Lst), QStringList{"P100 in Sheets for Rainer Combi 1250"});
-}
-
-TEST_F(BackgroundReceiveTest, EachHeaderLineOnlyCountsForItsOwnMarker) {
-    Begin();
-    // ETB in line 2 means nothing; the program name alone is found, so the lines with
-    // markers are all left out.
-    line().Feed("G0\r\n\x17LASER\r\n\x19P7\r\nG1\r\n\x18Late\r\n%");
-    EXPECT_EQ(fx.Read(Parts + "P7.prg"), "G0\r\nG1\r\n");
-    EXPECT_EQ(fx.ReadLines(Lst), QStringList{"P7 in Parts for Trumpf Punch 5000"});
-}
-
-TEST_F(BackgroundReceiveTest, AnUnknownMachineFilesForTheCurrentOne) {
-    Begin();
-    line().Feed("\x17NOSUCH\r\n\x18Parts\r\n\x19P200\r\nG1\r\n%");
-    EXPECT_EQ(fx.Read(Parts + "P200.prg"), "G1\r\n");
-    EXPECT_EQ(fx.ReadLines(Lst), QStringList{"P200 in Parts for Trumpf Punch 5000"});
-    EXPECT_FALSE(fx.OnDisk("C:\\Jobs\\NOSUCH"));
-}
-
-TEST_F(BackgroundReceiveTest, HostileHeaderValuesCountAsAbsent) {
-    Begin();
-    const QStringList before = Tree(fx.Root());
-    line().Feed("\x17..\r\n\x18..\\..\\Evil\r\n\x19/etc/passwd\r\nG1\r\n%");
-    line().Feed("\r\n\x18.\r\n\x19"
-                "C:x\r\nG2\r\n%");
-    line().Feed("\r\n\x18"
-                "A23456789012345678901234567890123\r\n\x19P\x01Q\r\nG3\r\n%");
-    line().Feed("\x17\r\n\x18\r\n\x19"
-                "A2345678901234567890123456789012\r\nG4\r\n%");
-    EXPECT_EQ(fx.Read(Parts + "New Program 1.prg"), "G1\r\n");
-    EXPECT_EQ(fx.Read(Parts + "New Program 2.prg"), "G2\r\n");
-    EXPECT_EQ(fx.Read(Parts + "New Program 3.prg"), "G3\r\n");
-    EXPECT_EQ(fx.Read(Parts + "A2345678901234567890123456789012.prg"), "G4\r\n"); // 32 characters is fine
-    QStringList added = Tree(fx.Root());
-    for (const QString& f : before)
-        added.removeOne(f);
-    added.removeOne("c/Kestrova/Transfer.log"); // every program filed is logged there
-    EXPECT_EQ(added,
-              (QStringList{"c/Jobs/PUNCH1/Parts/A2345678901234567890123456789012.prg",
-                           "c/Jobs/PUNCH1/Parts/New Program 1.prg", "c/Jobs/PUNCH1/Parts/New Program 2.prg",
-                           "c/Jobs/PUNCH1/Parts/New Program 3.prg", "c/Kestrova/Receive.lst",
-                           "c/Kestrova/Receive.tmp"}));
-}
-
-TEST_F(BackgroundReceiveTest, ReplacesAProgramAndTakesTheFirstFreeDefaultName) {
-    Begin();
-    fx.Write(Parts + "New Program 1.prg", "old one");
-    fx.Write(Parts + "New Program 3.prg", "old three");
-    line().Feed("\r\n\r\n\x19"
-                "Cover\r\nG9\r\n%");
-    line().Feed("raw\r\nbytes \r\n\r\n%");
-    line().Feed("more%");
-    EXPECT_EQ(fx.Read(Parts + "Cover.prg"), "G9\r\n");
-    EXPECT_EQ(fx.Read(Parts + "New Program 2.prg"), "raw\r\nbytes \r\n\r\n"); // byte for byte
-    EXPECT_EQ(fx.Read(Parts + "New Program 1.prg"), "old one");
-    EXPECT_EQ(fx.Read(Parts + "New Program 4.prg"), "more");
-    EXPECT_TRUE(fx.Messages().Texts().isEmpty());
-}
-
-TEST_F(BackgroundReceiveTest, FilteredCharactersStillEndAProgram) {
-    Begin("1,127");
-    // NULs never get past the line; the filter drops DEL from the file even as the trailer.
-    line().Feed(QByteArray("A\0B\x7f"
-                           "CD\x7f",
-                           7));
-    EXPECT_EQ(fx.Read(Parts + "New Program 1.prg"), "AB");
-    EXPECT_EQ(fx.Read(Parts + "New Program 2.prg"), "CD");
-    receive->TakeReceivedText(QString::fromLatin1(QByteArray("X\0Y\x7f", 4)));
-    EXPECT_EQ(fx.Read(Parts + "New Program 3.prg"), "XY");
-}
-
-TEST_F(BackgroundReceiveTest, TooShortProgramsAreDiscardedSilently) {
-    Begin();
-    line().Feed("%"); // an empty program
-    line().Feed("x%");
-    EXPECT_FALSE(fx.OnDisk(Tmp));
-    EXPECT_FALSE(fx.OnDisk(Lst));
-    EXPECT_FALSE(fx.OnDisk(Parts + "New Program 1.prg"));
-    EXPECT_FALSE(receive->ReceiveFrameVisible());
-    EXPECT_TRUE(fx.Messages().Texts().isEmpty());
-    line().Feed("xy%");
-    EXPECT_EQ(fx.Read(Parts + "New Program 1.prg"), "xy");
-}
-
-TEST_F(BackgroundReceiveTest, TheCharacterAfterATrailerNeverStartsTheNextOne) {
-    Begin();
-    // The match is left full after a trailer, so the next character always resets it.
-    line().Feed("ab%");
-    line().Feed("%cd%");
-    EXPECT_EQ(fx.Read(Parts + "New Program 1.prg"), "ab");
-    EXPECT_EQ(fx.Read(Parts + "New Program 2.prg"), "%cd");
-    line().Feed("ef%%gh%");
-    EXPECT_EQ(fx.Read(Parts + "New Program 3.prg"), "ef");
-    EXPECT_EQ(fx.Read(Parts + "New Program 4.prg"), "%%gh");
-}
-
-TEST_F(BackgroundReceiveTest, AMissedTrailerAndAnEmptyTrailer) {
-    Begin("1,97,1,98"); // "ab"
-    // The second "a" breaks the match and is not tried as a new start: "aab" ends nothing.
-    line().Feed("xaab");
-    EXPECT_TRUE(receive->Receiving());
-    line().Feed("ab");
-    EXPECT_EQ(fx.Read(Parts + "New Program 1.prg"), "xaaba");
-
-    fx.WriteLines(Cms, CmsLines("2", ""));
-    receive->Start();
-    line().Feed("abc%def%");
-    line().Feed("ghi");
-    EXPECT_TRUE(receive->Receiving());
-    EXPECT_TRUE(fx.OnDisk(Tmp));
-    EXPECT_FALSE(fx.OnDisk(Parts + "New Program 2.prg"));
-    EXPECT_EQ(fx.ReadLines(Lst).size(), 1);
-}
-
-TEST_F(BackgroundReceiveTest, TheEndMatchIsComparedOverTheTrailersLength) {
-    Begin("1,37,1,37", "1,37,1,65"); // trailer "%%", end sequence "%A"
-    line().Feed("x%");
-    EXPECT_EQ(receive->TrailerMatch(), "%");
-    EXPECT_EQ(receive->EndMatch(), "%");
-    line().Feed("A");
-    // "%A" is the whole end sequence, but the trailer's match has just been reset to nothing.
-    EXPECT_EQ(receive->TrailerMatch(), "");
-    EXPECT_EQ(receive->EndMatch(), "");
-    EXPECT_TRUE(receive->Receiving());
-    line().Feed("%%");
-    EXPECT_EQ(fx.Read(Parts + "New Program 1.prg"), "x%A%");
-}
-
-TEST_F(BackgroundReceiveTest, OneMachineListsWithoutTheMachine) {
-    fx.WriteLines(
-        "C:\\Kestrova\\Machine.lst",
-        {QStringLiteral("1,\"Trumpf Punch 5000\",\"PUNCH1\",\"Setman\",\"P\""), QStringLiteral("******")});
-    Begin();
-    line().Feed("\x17PUNCH1\r\n\x18Parts\r\n\x19P100\r\nG1\r\n%");
-    EXPECT_EQ(fx.ReadLines(Lst), QStringList{"P100 in Parts"});
-}
-
 TEST_F(BackgroundReceiveTest, AListShorterThanFourBytesIsTreatedAsAbsent) {
     fx.Write(Lst, "ab\r");
-    Begin();
+    Start();
     EXPECT_FALSE(fx.OnDisk(Lst)); // deleted by the refresh at start
     EXPECT_FALSE(receive->ReceiveFrameVisible());
     fx.Write(Lst, "ab\r");
-    line().Feed("xy%");
-    EXPECT_EQ(fx.ReadLines(Lst), QStringList{"New Program 1 in Parts for Trumpf Punch 5000"});
+    line->Feed("xy%");
+    EXPECT_EQ(fx.ReadLines(Lst), QStringList{InParts("New Program 1")});
     fx.Write(Lst, "  First  \r\n\r\n Second\r\n");
     receive->RefreshReceiveList();
     EXPECT_EQ(receive->ReceiveList().entries, (QStringList{"First", "Second"}));
@@ -294,8 +244,10 @@ TEST_F(BackgroundReceiveTest, AListShorterThanFourBytesIsTreatedAsAbsent) {
 }
 
 TEST_F(BackgroundReceiveTest, TheReceiveButtonForgetsTheListAndTheListIsReadOnly) {
-    Begin();
-    line().Feed("xy%");
+    Start();
+    int listChanges = 0;
+    QObject::connect(receive.get(), &BackgroundReceive::ReceiveListChanged, [&] { ++listChanges; });
+    line->Feed("xy%");
     const int changes = listChanges;
     ASSERT_TRUE(receive->ReceiveFrameVisible());
     const_cast<ListModel&>(receive->ReceiveList()).selected = 0;
@@ -312,35 +264,99 @@ TEST_F(BackgroundReceiveTest, TheReceiveButtonForgetsTheListAndTheListIsReadOnly
     EXPECT_EQ(receive->ReceiveList().Count(), 0);
 }
 
-TEST_F(BackgroundReceiveTest, StoppingInTheMiddleDiscardsTheProgram) {
-    Begin();
-    line().Feed("half a progr");
+TEST_F(BackgroundReceiveTest, StoppingOrAHangUpInTheMiddleDiscardsTheProgram) {
+    Start();
+    line->Feed("half a progr");
     EXPECT_TRUE(fx.OnDisk(Tmp));
     receive->Stop();
-    EXPECT_FALSE(line().PortOpen());
+    EXPECT_FALSE(line->PortOpen());
     EXPECT_FALSE(fx.OnDisk(Tmp));
     EXPECT_FALSE(receive->Receiving());
     receive->Start();
-    line().Feed("am%");
-    EXPECT_EQ(fx.Read(Parts + "New Program 1.prg"), "am");
-}
+    line->Feed("am%");
+    EXPECT_EQ(fx.Read(NewProgram(1)), "am");
+    EXPECT_TRUE(fx.Messages().Texts().isEmpty());
 
-TEST_F(BackgroundReceiveTest, AHangUpClosesThePortReportsOnceAndFilesNothing) {
-    Begin();
-    line().Feed("G1\r\nG2");
-    line().HangUp();
-    line().HangUp();
-    EXPECT_FALSE(line().PortOpen());
+    // A hang-up closes the port and is told once, naming it.
+    line->Feed("G1\r\nG2");
+    line->HangUp();
+    line->HangUp();
+    EXPECT_FALSE(line->PortOpen());
     EXPECT_FALSE(fx.OnDisk(Tmp));
-    EXPECT_FALSE(fx.OnDisk(Lst));
     ASSERT_EQ(fx.Messages().Texts().size(), 1);
     EXPECT_TRUE(fx.Messages().Texts().first().contains("\"COM2\""))
         << fx.Messages().Texts().first().toStdString();
-    EXPECT_TRUE(Tree(fx.Host("C:\\Jobs\\PUNCH1\\Parts")).filter("New Program").isEmpty());
+    EXPECT_EQ(Tree(fx.Host("C:\\Jobs\\PUNCH1\\Parts")).filter("New Program"),
+              QStringList{"New Program 1.prg"});
+    EXPECT_EQ(fx.ReadLines(Lst), QStringList{InParts("New Program 1")});
+}
+
+TEST(BackgroundReceive, AProgramIsFiledWholeOrKeptWholeAndTheNextOneIsFiled) {
+    const QByteArray plain = "G1\r\nG2\r\n";
+    const QByteArray headed = "\x17PUNCH1\r\n\x18Parts\r\n\x19Job\r\nG1\r\nG2\r\n";
+    const QByteArray newDirectory = "\x17PUNCH1\r\n\x18Sheets\r\nG1\r\n";
+    const QString unfiled = QStringLiteral("C:\\Kestrova\\Unfiled 1.prg");
+    const struct {
+        const char* what;
+        FileStep step;
+        const char* file;
+        QByteArray program; // sent before its trailer, in two chunks
+        QString filed = QStringLiteral("C:\\Kestrova\\Unfiled 1.prg"); // where it is whole afterwards
+        QString next = NewProgram(1);                                  // where the next one goes
+    } cases[] = {
+        {"temporary file open", FileStep::Open, "Receive.tmp", plain},
+        {"temporary file write", FileStep::Write, "Receive.tmp", plain},
+        {"temporary file close", FileStep::Close, "Receive.tmp", plain},
+        {"temporary file read", FileStep::Read, "Receive.tmp", plain},
+        {"plain program open", FileStep::Open, "New Program 1.prg", plain},
+        {"plain program write", FileStep::Write, "New Program 1.prg", plain},
+        {"plain program close", FileStep::Close, "New Program 1.prg", plain},
+        {"plain program sync", FileStep::Sync, "New Program 1.prg", plain},
+        {"plain program replace", FileStep::Replace, "New Program 1.prg", plain},
+        {"old program delete", FileStep::Delete, "Job.prg", headed},
+        {"headed program open", FileStep::Open, "Job.prg", headed},
+        {"headed program write", FileStep::Write, "Job.prg", headed},
+        {"headed program close", FileStep::Close, "Job.prg", headed},
+        {"new directory", FileStep::MakeDirectory, "Sheets", newDirectory},
+        {"list line write", FileStep::Write, "Receive.lst", plain, NewProgram(1), NewProgram(2)},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        ScriptedBackground s;
+        InstallationFixture& fx = s.fx;
+        fx.Write(Parts + "Job.prg", "old job\r\n");
+        s.Start();
+        {
+            FaultInjector faults(fx.Files());
+            faults.Fail(c.step, QLatin1String(c.file), ENOSPC);
+            s.line->Feed(c.program.left(5));
+            s.line->Feed(c.program.mid(5) + "%");
+            EXPECT_EQ(faults.Fired(), 1);
+        }
+        EXPECT_EQ(fx.Read(c.filed), c.program);
+        EXPECT_EQ(fx.OnDisk(unfiled), c.filed == unfiled) << "filed, so not kept a second time";
+        ASSERT_EQ(fx.Messages().Texts().size(), 1);
+        const QString shown = fx.Messages().Texts().first();
+        EXPECT_TRUE(shown.startsWith("Disk full")) << shown.toStdString();
+        EXPECT_TRUE(shown.contains(QLatin1String(c.file) + u'"')) << shown.toStdString();
+        // Nothing half written where the program was meant to go: the old one or none.
+        if (c.step == FileStep::Delete || fx.OnDisk(Parts + "Job.prg")) {
+            EXPECT_EQ(fx.Read(Parts + "Job.prg"), "old job\r\n");
+        }
+
+        s.line->Feed("G9\r\n%");
+        EXPECT_EQ(fx.Read(c.next), "G9\r\n");
+        EXPECT_TRUE(s.line->PortOpen());
+        EXPECT_EQ(fx.Messages().Texts().size(), 1);
+        // Listed: a kept program as not filed, the next as filed; a line that failed, not at all.
+        const QStringList listed = fx.ReadLines(Lst);
+        EXPECT_EQ(listed.filter(Stem(c.filed)).size(), c.filed == unfiled ? 1 : 0);
+        EXPECT_EQ(listed.value(listed.size() - 1), InParts(Stem(c.next)));
+    }
 }
 
 TEST_F(BackgroundReceiveTest, AProgramThatCannotBeFiledIsKeptInAFileOfItsOwn) {
-    Begin();
+    Start();
     FaultInjector faults(fx.Files());
     struct Case {
         const char* what;
@@ -376,7 +392,7 @@ TEST_F(BackgroundReceiveTest, AProgramThatCannotBeFiledIsKeptInAFileOfItsOwn) {
         fx.Messages().Clear();
         c.fault();
         // The rest of the chunk is the next program, filed as usual.
-        line().Feed(c.program + "%G2%");
+        line->Feed(c.program + "%G2%");
         const QString kept = QStringLiteral("C:\\Kestrova\\Unfiled %1.prg").arg(n);
         ASSERT_TRUE(fx.OnDisk(kept));
         EXPECT_EQ(fx.Read(kept), c.program);
@@ -385,11 +401,11 @@ TEST_F(BackgroundReceiveTest, AProgramThatCannotBeFiledIsKeptInAFileOfItsOwn) {
         EXPECT_TRUE(fx.Messages().Texts().first().contains(c.reason));
         EXPECT_TRUE(receive->ReceiveList().entries.filter("Unfiled " + QString::number(n)).size() == 1)
             << receive->ReceiveList().entries.join('|').toStdString();
-        EXPECT_TRUE(line().PortOpen());
+        EXPECT_TRUE(line->PortOpen());
         faults.Fail(FileStep::Write, "no such file");
     }
     for (int program = 1; program <= n; ++program)
-        EXPECT_EQ(fx.Read(Parts + QStringLiteral("New Program %1.prg").arg(program)), "%G2");
+        EXPECT_EQ(fx.Read(NewProgram(program)), "%G2");
 
     // Neither renamed nor copied: the program stays in "Receive.tmp", the message says so, and
     // neither the next program nor a stop replaces it; once the disk takes it, it is moved.
@@ -398,7 +414,7 @@ TEST_F(BackgroundReceiveTest, AProgramThatCannotBeFiledIsKeptInAFileOfItsOwn) {
         const bool written = path.endsWith("New Program 5.prg") || path.contains("Unfiled");
         return step == FileStep::Rename || (step == FileStep::Write && written) ? EIO : 0;
     });
-    line().Feed("G9\r\n%G10");
+    line->Feed("G9\r\n%G10");
     ASSERT_EQ(fx.Messages().Texts().size(), 1);
     EXPECT_TRUE(fx.Messages().Texts().first().contains("\"C:\\Kestrova\\Receive.tmp\""))
         << fx.Messages().Texts().first().toStdString();
@@ -406,19 +422,14 @@ TEST_F(BackgroundReceiveTest, AProgramThatCannotBeFiledIsKeptInAFileOfItsOwn) {
     EXPECT_EQ(fx.Read(Tmp), "G9\r\n%G10");
     faults.Fail(FileStep::Write, "no such file");
     receive->Start();
-    line().Feed("G11%");
+    line->Feed("G11%");
     EXPECT_EQ(fx.Read("C:\\Kestrova\\Unfiled 5.prg"), "G9\r\n%G10");
-    EXPECT_EQ(fx.Read(Parts + "New Program 5.prg"), "G11");
+    EXPECT_EQ(fx.Read(NewProgram(5)), "G11");
 }
 
 TEST_F(BackgroundReceiveTest, AMissingOrLostDeviceIsToldOnceAndWatchedForUntilItIsBack) {
-    fx.WriteLines(Cms, CmsLines("2", "1,37"));
-    fx.Load();
-    auto owned = std::make_unique<ScriptedSerialLine>();
-    ScriptedSerialLine& l = *owned;
-    l.SetDevicePresent(false);
-    receive = std::make_unique<BackgroundReceive>(fx.session(), std::move(owned));
-    receive->Start(); // no error passes out: the program goes on
+    Start({}, false); // no error passes out: the program goes on
+    ScriptedSerialLine& l = *line;
     ASSERT_EQ(fx.Messages().Texts().size(), 1);
     EXPECT_TRUE(fx.Messages().Texts().first().contains("\"COM2\""));
     EXPECT_EQ(receive->LineState(), BackgroundLineState::WaitingForDevice);
@@ -440,7 +451,7 @@ TEST_F(BackgroundReceiveTest, AMissingOrLostDeviceIsToldOnceAndWatchedForUntilIt
     l.SetDevicePresent(true);
     EXPECT_EQ(receive->LineState(), BackgroundLineState::Listening);
     l.Feed("G3%");
-    EXPECT_EQ(fx.Read(Parts + "New Program 1.prg"), "G3");
+    EXPECT_EQ(fx.Read(NewProgram(1)), "G3");
 
     // Stopping, even with a temporary file that cannot be deleted, says so once at most.
     l.Feed("G4");
