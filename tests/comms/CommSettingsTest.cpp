@@ -17,6 +17,13 @@ QString Chars(std::initializer_list<int> codes) {
     return s;
 }
 
+QList<QChar> List(std::initializer_list<int> codes) {
+    QList<QChar> list;
+    for (int c : codes)
+        list << QChar(char16_t(c));
+    return list;
+}
+
 // A settings file with the given values for lines 1..n, each labelled as the suite writes them.
 QStringList Labelled(const QStringList& values) {
     QStringList lines;
@@ -31,78 +38,84 @@ const QStringList SixteenLines = {"Fanuc",     "2", "4800",  "O",         "8",  
 
 } // namespace
 
-TEST(CommParsers, HandshakeKeywordsAnywhereAndInAnyCase) {
-    EXPECT_EQ(HandshakeCode("xon/xoff"), 1);
-    EXPECT_EQ(HandshakeCode("XOFF only"), 1);
-    EXPECT_EQ(HandshakeCode("RTS/CTS XON"), 3);
-    EXPECT_EQ(HandshakeCode("cts"), 2);
-    EXPECT_EQ(HandshakeCode("DTR"), 0);
-    EXPECT_EQ(HandshakeCode("DSR"), 0);
-    EXPECT_EQ(HandshakeCode(""), 0);
-    EXPECT_TRUE(HandshakeWantsDtr("dtr"));
-    EXPECT_TRUE(HandshakeWantsDtr("XON DTR"));
-    EXPECT_FALSE(HandshakeWantsDtr("DSR"));
-}
+TEST(CommParsers, KeywordsAndNumbersReadAsTheSettingsFilesMeanThem) {
+    // Handshake keywords anywhere and in any case; DSR means nothing.
+    const std::pair<const char*, int> handshakes[] = {
+        {"xon/xoff", 1}, {"XOFF only", 1}, {"RTS/CTS XON", 3}, {"cts", 2}, {"DTR", 0}, {"DSR", 0}, {"", 0}};
+    for (const auto& [text, code] : handshakes)
+        EXPECT_EQ(HandshakeCode(text), code) << text;
+    for (const auto& [text, dtr] : {std::pair{"dtr", true}, {"XON DTR", true}, {"DSR", false}})
+        EXPECT_EQ(HandshakeWantsDtr(text), dtr) << text;
 
-TEST(CommParsers, StartModeFirstTestThatHoldsDecides) {
-    EXPECT_EQ(ParseStartMode("IMMEDIATE AUTO"), StartMode::Auto);
-    EXPECT_EQ(ParseStartMode("force"), StartMode::Immediate);
-    EXPECT_EQ(ParseStartMode("Immediate"), StartMode::Immediate);
-    EXPECT_EQ(ParseStartMode("EVENT DSR"), StartMode::Event);
-    EXPECT_EQ(ParseStartMode("EVENT"), StartMode::Event);
-    EXPECT_EQ(ParseStartMode("DSR CTS"), StartMode::Dsr);
-    EXPECT_EQ(ParseStartMode("cts"), StartMode::Cts);
-    EXPECT_EQ(ParseStartMode("any character"), StartMode::Any);
-    EXPECT_EQ(ParseStartMode("FORCE ANY"), StartMode::Immediate);
-    EXPECT_EQ(ParseStartMode(""), StartMode::Manual);
-    EXPECT_EQ(ParseStartMode("operator"), StartMode::Manual);
-}
+    // The first test of the start mode that holds decides.
+    const std::pair<const char*, StartMode> modes[] = {{"IMMEDIATE AUTO", StartMode::Auto},
+                                                       {"force", StartMode::Immediate},
+                                                       {"Immediate", StartMode::Immediate},
+                                                       {"EVENT DSR", StartMode::Event},
+                                                       {"EVENT", StartMode::Event},
+                                                       {"DSR CTS", StartMode::Dsr},
+                                                       {"cts", StartMode::Cts},
+                                                       {"any character", StartMode::Any},
+                                                       {"FORCE ANY", StartMode::Immediate},
+                                                       {"", StartMode::Manual},
+                                                       {"operator", StartMode::Manual}};
+    for (const auto& [text, mode] : modes)
+        EXPECT_EQ(ParseStartMode(text), mode) << text;
 
-TEST(CommParsers, StartCharacterIsACodeWhenItStartsWithADigit) {
-    EXPECT_EQ(ParseStartCharacter("17"), Chars({17}));
-    EXPECT_EQ(ParseStartCharacter("%"), "%");
-    EXPECT_EQ(ParseStartCharacter("  "), "");
-    EXPECT_EQ(ParseStartCharacter(""), "");
-    EXPECT_EQ(ParseStartCharacter("1A"), Chars({1}));
-    EXPECT_EQ(ParseStartCharacter("0"), Chars({0}));
-    EXPECT_EQ(ParseStartCharacter("AB"), "A");
-}
-
-TEST(CommParsers, SequencesArePairsAndAnUnpairedNumberIsIgnored) {
-    EXPECT_EQ(ParseSequence("1,13,1,10"), Chars({13, 10}));
-    EXPECT_EQ(ParseSequence("3,0,1"), Chars({0, 0, 0}));
-    EXPECT_EQ(ParseSequence("2"), "");
-    EXPECT_EQ(ParseSequence(""), "");
-    EXPECT_EQ(ParseSequence("50,0").size(), 50);
-    EXPECT_EQ(ParseSequence("1,37"), "%");
-    EXPECT_EQ(ParseSequence(" 2 , 65 , 1 , 66 "), "AAB");
-    // Text that is not a number counts as 0: a count of none, or the NUL character.
-    EXPECT_EQ(ParseSequence("x,65,2,y"), Chars({0, 0}));
-    EXPECT_EQ(ParseSequence("-1,65,1,66"), "B");
-}
-
-TEST(CommParsers, ListsTakeEveryCodeIncludingASingleOne) {
-    EXPECT_EQ(ParseCharacterList("13"), QList<QChar>{QChar(13)});
-    EXPECT_EQ(ParseCharacterList("0,127"), (QList<QChar>{QChar(0), QChar(127)}));
-    EXPECT_TRUE(ParseCharacterList("").isEmpty());
-    EXPECT_EQ(ParseCharacterList("32, 9"), (QList<QChar>{QChar(32), QChar(9)}));
-}
-
-TEST(CommParsers, NumbersRoundAndOverflowIsAnError) {
-    EXPECT_EQ(RoundedNumber("12.6 ms"), 13);
-    EXPECT_EQ(RoundedNumber("2.5"), 2); // halves go to the even neighbour
-    EXPECT_EQ(RoundedNumber("3.5"), 4);
-    EXPECT_EQ(RoundedNumber("abc"), 0);
+    // Numbers round, halves to the even neighbour; beyond 32 bits they overflow.
+    const std::pair<const char*, int> numbers[] = {{"12.6 ms", 13}, {"2.5", 2}, {"3.5", 4}, {"abc", 0}};
+    for (const auto& [text, number] : numbers)
+        EXPECT_EQ(RoundedNumber(text), number) << text;
     EXPECT_THROW((void)RoundedNumber("1e12"), OverflowError);
+}
+
+TEST(CommParsers, CodesSequencesAndListsUpToTheirLimits) {
+    // A code on each side of the digit boundaries, as a list, a start character and a pair.
+    for (const char* code : {"0", "9", "10", "99", "100", "255"}) {
+        const QChar expected(char16_t(QByteArray(code).toInt()));
+        EXPECT_EQ(ParseCharacterList(code), QList<QChar>{expected}) << code;
+        EXPECT_EQ(ParseStartCharacter(code), QString(expected)) << code;
+        EXPECT_EQ(ParseSequence(QStringLiteral("1,%1").arg(code)), QString(expected)) << code;
+    }
+    // A start character is a code when it starts with a digit, else its first character.
+    const std::pair<const char*, QString> starts[] = {{"17", Chars({17})}, {"%", "%"}, {"  ", ""}, {"", ""},
+                                                      {"1A", Chars({1})},  {"AB", "A"}};
+    for (const auto& [text, start] : starts)
+        EXPECT_EQ(ParseStartCharacter(text), start) << text;
+    // Count,code pairs; an unpaired number is ignored, text that is not a number counts as 0.
+    const std::pair<const char*, QString> sequences[] = {
+        {"1,13,1,10", Chars({13, 10})},
+        {"3,0,1", Chars({0, 0, 0})},
+        {"2", ""},
+        {"", ""},
+        {" 2 , 65 , 1 , 66 ", "AAB"},
+        {"x,65,2,y", Chars({0, 0})},
+        {"-1,65,1,66", "B"},
+        {"9,1,10,2", QString(9, QChar(1)) + QString(10, QChar(2))},
+    };
+    for (const auto& [text, sequence] : sequences)
+        EXPECT_EQ(ParseSequence(text), sequence) << text;
+    const std::pair<const char*, QList<QChar>> lists[] = {{"0,127", List({0, 127})},
+                                                          {"", {}},
+                                                          {"32, 9", List({32, 9})},
+                                                          {"9,10,99,100", List({9, 10, 99, 100})}};
+    for (const auto& [text, list] : lists)
+        EXPECT_EQ(ParseCharacterList(text), list) << text;
+    // A sequence may hold up to 65535 characters.
+    EXPECT_EQ(ParseSequence("65535,0").size(), 65535);
+    EXPECT_EQ(ParseSequence("65534,0,1,13").size(), 65535);
+    EXPECT_THROW((void)ParseSequence("65536,0"), OverflowError);
+    EXPECT_THROW((void)ParseSequence("65535,0,1,13"), OverflowError);
 }
 
 class CommSettingsFiles : public ::testing::Test {
 protected:
     InstallationFixture fx;
     const QString machineFile = QStringLiteral("C:\\Kestrova\\Setup\\Data\\PUNCH1.cms");
+    const QString cms = QStringLiteral("C:\\Kestrova\\Kestrova.cms");
 };
 
-TEST_F(CommSettingsFiles, SendReaderTakesAllTwentyLines) {
+TEST_F(CommSettingsFiles, TheReadersTakeEveryLineAndEachPauseTheFileHolds) {
     fx.WriteLines(machineFile, Labelled(SixteenLines + QStringList{"250", "100.4", "7", "70000"}));
     const SendSettings s = ReadSendSettings(fx.Files(), machineFile);
     EXPECT_EQ(s.Port, 2);
@@ -116,59 +129,34 @@ TEST_F(CommSettingsFiles, SendReaderTakesAllTwentyLines) {
     EXPECT_EQ(s.Trailer, "%");
     EXPECT_EQ(s.EndSequence, Chars({26, 26}));
     EXPECT_EQ(s.SendFilter, QList<QChar>{QChar(127)});
-    EXPECT_EQ(s.ReceiveFilter, (QList<QChar>{QChar(0), QChar(10)}));
-    EXPECT_EQ(s.PauseAfterStart, 250);
-    EXPECT_EQ(s.PauseAfterLeader, 100);
-    EXPECT_EQ(s.PauseAfterLine, 7);
-    EXPECT_EQ(s.PauseAfterTrailer, 70000); // clamped by the pause itself, not by the reader
-}
+    EXPECT_EQ(s.ReceiveFilter, List({0, 10}));
+    const ReceiveSettings r = ReadReceiveSettings(fx.Files(), machineFile);
+    EXPECT_EQ(std::tuple(r.Port, r.Handshaking, r.Trailer, r.ReceiveFilter),
+              std::tuple(2, 3, "%", List({0, 10})));
 
-TEST_F(CommSettingsFiles, SendReaderWithSixteenOrEighteenLines) {
-    fx.WriteLines(machineFile, Labelled(SixteenLines));
-    SendSettings s = ReadSendSettings(fx.Files(), machineFile);
-    EXPECT_EQ(s.PauseAfterStart, 0);
-    EXPECT_EQ(s.PauseAfterLeader, 0);
-    EXPECT_EQ(s.PauseAfterLine, 0);
-    EXPECT_EQ(s.PauseAfterTrailer, 0);
+    const struct {
+        QStringList pauses; // lines 17 to 20, as far as the file goes
+        QList<int> read;
+    } cases[] = {
+        {{}, {0, 0, 0, 0}},
+        {{"10", "20"}, {10, 20, 0, 0}},
+        {{"250", "100.4", "7", "70000"}, {250, 100, 7, 70000}}, // clamped by the pause, not the reader
+    };
+    for (const auto& c : cases) {
+        fx.WriteLines(machineFile, Labelled(SixteenLines + c.pauses));
+        const SendSettings p = ReadSendSettings(fx.Files(), machineFile);
+        EXPECT_EQ((QList<int>{p.PauseAfterStart, p.PauseAfterLeader, p.PauseAfterLine, p.PauseAfterTrailer}),
+                  c.read)
+            << c.pauses.join(',').toStdString();
+    }
 
-    fx.WriteLines(machineFile, Labelled(SixteenLines + QStringList{"10", "20"}));
-    s = ReadSendSettings(fx.Files(), machineFile);
-    EXPECT_EQ(s.PauseAfterStart, 10);
-    EXPECT_EQ(s.PauseAfterLeader, 20);
-    EXPECT_EQ(s.PauseAfterLine, 0);
-}
-
-TEST_F(CommSettingsFiles, MachineReadersFailOnAShortOrMissingFile) {
+    // A short file is past its end, a missing one not found, for both readers.
     fx.WriteLines(machineFile, Labelled(SixteenLines.mid(0, 15)));
     EXPECT_THROW((void)ReadSendSettings(fx.Files(), machineFile), InputPastEndError);
     EXPECT_THROW((void)ReadReceiveSettings(fx.Files(), machineFile), InputPastEndError);
     fx.Remove(machineFile);
     EXPECT_THROW((void)ReadSendSettings(fx.Files(), machineFile), FileNotFoundError);
     EXPECT_THROW((void)ReadReceiveSettings(fx.Files(), machineFile), FileNotFoundError);
-}
-
-TEST_F(CommSettingsFiles, ReceiveReaderClampsTheTimeOut) {
-    QStringList lines = SixteenLines;
-    fx.WriteLines(machineFile, Labelled(lines));
-    ReceiveSettings r = ReadReceiveSettings(fx.Files(), machineFile);
-    EXPECT_EQ(r.ReceiveTimeOut, 0); // "-5"
-    EXPECT_EQ(r.Port, 2);
-    EXPECT_EQ(r.Handshaking, 3);
-    EXPECT_EQ(r.Trailer, "%");
-    EXPECT_EQ(r.ReceiveFilter, (QList<QChar>{QChar(0), QChar(10)}));
-    lines[15] = "100000";
-    fx.WriteLines(machineFile, Labelled(lines));
-    EXPECT_EQ(ReadReceiveSettings(fx.Files(), machineFile).ReceiveTimeOut, 65535);
-    lines[15] = "65535";
-    fx.WriteLines(machineFile, Labelled(lines));
-    EXPECT_EQ(ReadReceiveSettings(fx.Files(), machineFile).ReceiveTimeOut, 65535);
-}
-
-TEST_F(CommSettingsFiles, PortBeyondSixteenBitsIsOverflow) {
-    QStringList lines = SixteenLines;
-    lines[1] = "40000";
-    fx.WriteLines(machineFile, Labelled(lines));
-    EXPECT_THROW((void)ReadSendSettings(fx.Files(), machineFile), OverflowError);
 }
 
 TEST_F(CommSettingsFiles, NumbersOutOfRangeClampOrAreRefusedNamingTheLine) {
@@ -181,8 +169,9 @@ TEST_F(CommSettingsFiles, NumbersOutOfRangeClampOrAreRefusedNamingTheLine) {
         bool refused;
     };
     const Case cases[] = {
-        {16, "1e12", 65535, false}, {16, "-1e12", 0, false}, {16, "4294967296", 65535, false},
-        {9, "273", 0, true},        {10, "3,256", 0, true},  {12, "1,-1", 0, true},
+        {16, "-5", 0, false},       {16, "100000", 65535, false}, {16, "65535", 65535, false},
+        {16, "1e12", 65535, false}, {16, "-1e12", 0, false},      {16, "4294967296", 65535, false},
+        {9, "273", 0, true},        {10, "3,256", 0, true},       {12, "1,-1", 0, true},
         {14, "127,300", 0, true},   {15, "0,255", 0, false},
     };
     for (const Case& c : cases) {
@@ -206,67 +195,59 @@ TEST_F(CommSettingsFiles, NumbersOutOfRangeClampOrAreRefusedNamingTheLine) {
             }
         }
     }
-    fx.WriteLines("C:\\Kestrova\\Kestrova.cms",
+    QStringList lines = SixteenLines;
+    lines[1] = "40000"; // a port beyond sixteen bits
+    fx.WriteLines(machineFile, Labelled(lines));
+    EXPECT_THROW((void)ReadSendSettings(fx.Files(), machineFile), OverflowError);
+
+    fx.WriteLines(cms,
                   {"Title", "2", "9600", "E", "7", "2", "XON", "", "", "", "", "1,37", "", "", "0,999", "0"});
     try {
         (void)ReadBackgroundSettings(fx.Files(), QStringLiteral("C:\\Kestrova\\"));
         ADD_FAILURE() << "code 999 taken";
     } catch (const SystemError& e) {
-        EXPECT_EQ(e.subject(), "C:\\Kestrova\\Kestrova.cms");
+        EXPECT_EQ(e.subject(), cms);
         EXPECT_TRUE(e.text().contains("line 15")) << e.text().toStdString();
     }
 }
 
-class BackgroundSettingsFile : public CommSettingsFiles {
-protected:
-    const QString cms = QStringLiteral("C:\\Kestrova\\Kestrova.cms");
-    BackgroundSettings Read() { return ReadBackgroundSettings(fx.Files(), QStringLiteral("C:\\Kestrova\\")); }
-};
+TEST_F(CommSettingsFiles, TheBackgroundReaderCarriesTheLastLineReadOverMissingLines) {
+    const auto read = [&] { return ReadBackgroundSettings(fx.Files(), QStringLiteral("C:\\Kestrova\\")); };
+    EXPECT_EQ(read().Port, 0); // the installation's own file says 0
+    EXPECT_FALSE(read().Enabled);
+    const struct {
+        const char* what;
+        QStringList lines;
+        QString settings;
+        int handshaking;
+        QString trailer;
+        QString endSequence;
+        QList<QChar> filter;
+    } cases[] = {
+        {"all lines", SixteenLines + QStringList{"5"}, "4800,O,8,1", 3, "%", Chars({26, 26}), List({0, 10})},
+        // The settings string is the port number four times; the trailer "2" is unpaired, so empty.
+        {"two lines", {"Background", "2"}, "2,2,2,2", 0, "", "", List({2})},
+        {"twelve lines", SixteenLines.mid(0, 12), "4800,O,8,1", 3, "%", "%", List({1, 37})},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        fx.WriteLines(cms, Labelled(c.lines));
+        const BackgroundSettings b = read();
+        EXPECT_EQ(b.Port, 2);
+        EXPECT_TRUE(b.Enabled);
+        EXPECT_EQ(std::tuple(b.Settings, b.Handshaking, b.Trailer, b.EndSequence, b.ReceiveFilter),
+                  std::tuple(c.settings, c.handshaking, c.trailer, c.endSequence, c.filter));
+    }
 
-TEST_F(BackgroundSettingsFile, FullFile) {
-    fx.WriteLines(cms, Labelled(SixteenLines + QStringList{"5"}));
-    const BackgroundSettings b = Read();
-    EXPECT_EQ(b.Port, 2);
-    EXPECT_TRUE(b.Enabled);
-    EXPECT_EQ(b.Settings, "4800,O,8,1");
-    EXPECT_EQ(b.Handshaking, 3);
-    EXPECT_EQ(b.Trailer, "%");
-    EXPECT_EQ(b.EndSequence, Chars({26, 26}));
-    EXPECT_EQ(b.ReceiveFilter, (QList<QChar>{QChar(0), QChar(10)}));
-}
-
-TEST_F(BackgroundSettingsFile, MissingLinesCarryTheLastLineReadOver) {
-    // Ends after line 2: the settings string is the port number four times, and the trailer
-    // "2" is an unpaired number, so empty.
-    fx.WriteLines(cms, Labelled({"Background", "2"}));
-    BackgroundSettings b = Read();
-    EXPECT_EQ(b.Port, 2);
-    EXPECT_TRUE(b.Enabled);
-    EXPECT_EQ(b.Settings, "2,2,2,2");
-    EXPECT_EQ(b.Handshaking, 0);
-    EXPECT_EQ(b.Trailer, "");
-    EXPECT_EQ(b.ReceiveFilter, QList<QChar>{QChar(2)});
-
-    // Ends after line 12: the end sequence and the receive filter are made of line 12's value.
-    fx.WriteLines(cms, Labelled(SixteenLines.mid(0, 12)));
-    b = Read();
-    EXPECT_EQ(b.Trailer, "%");
-    EXPECT_EQ(b.EndSequence, "%");
-    EXPECT_EQ(b.ReceiveFilter, (QList<QChar>{QChar(1), QChar(37)}));
-}
-
-TEST_F(BackgroundSettingsFile, PortZeroMissingOrNonNumericLeavesItOff) {
-    fx.Load();
-    EXPECT_EQ(Read().Port, 0); // the installation's own file says 0
-    EXPECT_FALSE(Read().Enabled);
-    QStringList lines = SixteenLines;
-    lines[1] = "COM2";
-    fx.WriteLines(cms, Labelled(lines));
-    EXPECT_FALSE(Read().Enabled);
-    fx.WriteLines(cms, {});
-    EXPECT_FALSE(Read().Enabled);
+    // A port that is not a number, an empty file or none: off.
+    QStringList comPort = SixteenLines;
+    comPort[1] = "COM2";
+    for (const QStringList& lines : {Labelled(comPort), QStringList{}}) {
+        fx.WriteLines(cms, lines);
+        EXPECT_FALSE(read().Enabled) << lines.join('|').toStdString();
+    }
     fx.Remove(cms);
-    const BackgroundSettings b = Read();
+    const BackgroundSettings b = read();
     EXPECT_EQ(b.Port, 0);
     EXPECT_FALSE(b.Enabled);
     EXPECT_TRUE(b.Trailer.isEmpty());

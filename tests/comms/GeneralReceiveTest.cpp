@@ -1,10 +1,8 @@
 #include "comms/GeneralReceive.h"
 
+#include "CommsInstallation.h"
 #include "EventScript.h"
 #include "FaultInjector.h"
-#include "InstallationFixture.h"
-#include "ScriptedSerialLine.h"
-#include "TestApplication.h"
 #include "comms/ReceiveFormLogic.h"
 #include "filestore/LastFile.h"
 
@@ -53,39 +51,38 @@ protected:
     QObject script;
 };
 
-TEST_F(GeneralReceiveTest, LineEndsBecomeCrLfAndTheFilterDrops) {
-    struct Case {
-        QByteArray in;
+TEST_F(GeneralReceiveTest, LineEndsBecomeCrLfTheFilterDropsAndTheTrailerIsKept) {
+    const struct {
+        QList<QByteArray> chunks;
         QByteArray stored;
-        QList<QChar> filter;
+        QList<QChar> filter = {};
+        QString trailer = QStringLiteral("%");
+    } cases[] = {
+        {{"G1\nG2\n%"}, "G1\r\nG2\r\n%"},
+        {{"G1\r\n\nG2\r%"}, "G1\r\n\r\nG2\r\n%"},
+        {{"G1\r\n\rG2\n\r\n%"}, "G1\r\n\r\nG2\r\n\r\n%"},
+        {{"G1\n\rG2\x7F%"}, "G1\r\nG2%", {QChar(0x7F)}},
+        {{"G1\r\nG2\nG3\r\r%"}, "G1G2\r\nG3%", {QChar(13)}}, // a filtered CR still swallows its LF
+        {{"G1 \x80\x8A\x9E\x9F%"}, "G1 \x80\x9E%", ParseCharacterList(QStringLiteral("138,159"))},
+        {{"G1\r\nM3", "0X\r\nM3", "0%G2\r\n"}, "G1\r\nM30X\r\nM30%", {}, QStringLiteral("M30%")},
     };
-    const QList<Case> cases = {
-        {"G1\nG2\n%", "G1\r\nG2\r\n%", {}},
-        {"G1\r\n\nG2\r%", "G1\r\n\r\nG2\r\n%", {}},
-        {"G1\r\n\rG2\n\r\n%", "G1\r\n\r\nG2\r\n\r\n%", {}},
-        {"G1\n\rG2\x7F%", "G1\r\nG2%", {QChar(0x7F)}},
-        {"G1\r\nG2\nG3\r\r%", "G1G2\r\nG3%", {QChar(13)}}, // a filtered CR still swallows its LF
-        {"G1 \x80\x8A\x9E\x9F%", "G1 \x80\x9E%", ParseCharacterList(QStringLiteral("138,159"))},
-    };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.stored.toStdString());
         settings.ReceiveFilter = c.filter;
-        EXPECT_EQ(Receive({c.in}), c.stored) << c.in.toStdString();
+        settings.Trailer = c.trailer;
+        EXPECT_EQ(Receive(c.chunks), c.stored);
+        EXPECT_FALSE(receive.Aborted());
+        const qsizetype count = c.stored.size() - c.stored.count("\r\n"); // a CR LF counts as one
+        EXPECT_EQ(receive.CharacterCount(), count);
+        EXPECT_EQ(receive.Display().Chars, QString::number(count));
+        EXPECT_EQ(receive.Display().Label, "P1\n\nReceiving");
     }
     // The start character went out once per receive; the port was set for a general receive.
-    EXPECT_EQ(line.Sent(), QByteArray(6, '\x11'));
+    EXPECT_EQ(line.Sent(), QByteArray(std::size(cases), '\x11'));
     EXPECT_EQ(line.Log().mid(0, 12).join(' '),
               "CommPort=2 Settings=9600,E,7,2 Handshaking=1 DTREnable=1 RTSEnable=1 InBufferCount=0 "
               "OutBufferCount=0 RThreshold=0 SThreshold=0 InputLen=0 NullDiscard=1 PortOpen=1");
     EXPECT_FALSE(line.PortOpen());
-}
-
-TEST_F(GeneralReceiveTest, TheTrailerEndsTheProgramAndIsKept) {
-    settings.Trailer = QStringLiteral("M30%");
-    EXPECT_EQ(Receive({"G1\r\nM3", "0X\r\nM3", "0%G2\r\n"}), "G1\r\nM30X\r\nM30%");
-    EXPECT_FALSE(receive.Aborted());
-    EXPECT_EQ(receive.CharacterCount(), 12); // a CR LF counts as one
-    EXPECT_EQ(receive.Display().Chars, "12");
-    EXPECT_EQ(receive.Display().Label, "P1\n\nReceiving");
 }
 
 TEST_F(GeneralReceiveTest, SilenceAfterDataEndsTheReceiveButNotBeforeIt) {
@@ -201,13 +198,28 @@ TEST_F(ReceiveFormLogicTest, NothingReceivedAndTheDialogueControls) {
     fx.Settings().ReceiveOperation = 0;
     EXPECT_EQ(logic.ReceiveOk_Click("P8"), ReceiveOkOutcome::Close);
     EXPECT_TRUE(fx.Messages().Log().isEmpty());
+
+    // Only filtered characters before the time-out is nothing received: the program the operator
+    // agreed to overwrite stays as it was.
+    fx.Settings().ReceiveOperation = 2;
+    SetValues(fx, MachineCms, {{"Receive Time Out", "100"}}); // the filter is NUL and DEL
+    logic.Form_Load();
+    const QByteArray cover = fx.Read(Parts + "Cover.prg");
+    FeedWhenWaiting({"\x7f\x7f\x7f"});
+    fx.Messages().Script({Answer::Yes});
+    EXPECT_EQ(logic.ReceiveOk_Click("Cover"), ReceiveOkOutcome::Close);
+    EXPECT_TRUE(receive.TimedOut());
+    EXPECT_EQ(fx.Messages().Texts(),
+              (QStringList{"\"Cover\" Already Exists !\n\nOverwrite It ?", "Nothing Received !"}));
+    EXPECT_EQ(fx.Read(Parts + "Cover.prg"), cover);
+    EXPECT_FALSE(fx.OnDisk(Temp));
 }
 
 TEST_F(ReceiveFormLogicTest, AProgramThatCannotBeStoredIsKeptAndNamed) {
     // P9 exists as a link to the program's real file; each case receives onto it.
-    const QString parts = QStringLiteral("C:\\Jobs\\PUNCH1\\Parts\\");
-    fx.Write(parts + "Real.prg", "OLD\r\n");
-    ASSERT_TRUE(QFile::link(fx.Host(parts + "Real.prg"), fx.Host(parts + "P9.prg")));
+
+    fx.Write(Parts + "Real.prg", "OLD\r\n");
+    ASSERT_TRUE(QFile::link(fx.Host(Parts + "Real.prg"), fx.Host(Parts + "P9.prg")));
     FaultInjector faults(fx.Files());
     struct Case {
         const char* what;
@@ -251,15 +263,15 @@ TEST_F(ReceiveFormLogicTest, AProgramThatCannotBeStoredIsKeptAndNamed) {
         faults.Fail(FileStep::Write, "no such file");
         ASSERT_EQ(fx.Messages().Texts().size(), 2); // the question, and the outcome
         const QString message = fx.Messages().Texts().last();
-        EXPECT_TRUE(QFileInfo(fx.Host(parts + "P9.prg")).isSymLink()); // a link stays a link
+        EXPECT_TRUE(QFileInfo(fx.Host(Parts + "P9.prg")).isSymLink()); // a link stays a link
         if (c.keptIn.isEmpty()) {
             EXPECT_EQ(message, "\"P9\" Received !");
-            EXPECT_EQ(fx.Read(parts + "Real.prg"), program);
+            EXPECT_EQ(fx.Read(Parts + "Real.prg"), program);
             continue;
         }
         EXPECT_TRUE(message.contains("\"" + c.keptIn + "\"")) << message.toStdString();
         EXPECT_EQ(fx.Read(c.keptIn), program);
-        EXPECT_EQ(fx.Read(parts + "Real.prg"), "G1\r\n%"); // the old program survives
+        EXPECT_EQ(fx.Read(Parts + "Real.prg"), "G1\r\n%"); // the old program survives
     }
 
     // The next receive does not replace the program left in the temporary file: it moves it
@@ -268,7 +280,7 @@ TEST_F(ReceiveFormLogicTest, AProgramThatCannotBeStoredIsKeptAndNamed) {
     FeedWhenWaiting({"G9\r\n%"});
     EXPECT_EQ(logic.ReceiveOk_Click("P10"), ReceiveOkOutcome::Close);
     EXPECT_EQ(fx.Read("C:\\Kestrova\\Unfiled 4.prg"), "G5\r\n%");
-    EXPECT_EQ(fx.Read(parts + "P10.prg"), "G9\r\n%");
+    EXPECT_EQ(fx.Read(Parts + "P10.prg"), "G9\r\n%");
     EXPECT_EQ(fx.Messages().Texts(),
               (QStringList{"An Earlier Program Is Kept In \"C:\\Kestrova\\Unfiled 4.prg\" !",
                            "\"P10\" Received !"}));

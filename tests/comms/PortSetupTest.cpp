@@ -55,17 +55,48 @@ TEST(PortSetup, AnOpenPortStaysOpenAndKeepsItsNumber) {
     EXPECT_EQ(line.Handshaking(), 2);
 }
 
-TEST(PortSetup, ARejectedSettingsStringOrPortFailsBeforeOpening) {
-    ScriptedSerialLine line;
-    for (const char* bad : {"2,2,2,2", "9600,E,7", "9600,X,7,2", "fast,E,7,2", "9600,E,9,1", ""}) {
+TEST(PortSetup, TheSmallestAndLargestFramingsAndPortsOpenAndAnyOtherFailsBeforeOpening) {
+    const struct {
+        int port;
+        const char* settings;
+        std::optional<LineFraming> framing; // none: refused
+    } cases[] = {
+        {1, "1,N,5,1", LineFraming{1, 'N', 5, 1}},
+        {255, "921600,S,8,2", LineFraming{921600, 'S', 8, 2}},
+        {2, " 110 , m , 5 , 1.5 ", LineFraming{110, 'M', 5, 3}},
+        {3, "115200,o,8,1", LineFraming{115200, 'O', 8, 1}},
+        {0, "9600,E,7,2", {}},
+        {256, "9600,E,7,2", {}},
+        {1, "0,N,8,1", {}},
+        {1, "9600,N,4,1", {}},
+        {1, "9600,N,9,1", {}},
+        {1, "9600,N,8,3", {}},
+        {2, "2,2,2,2", {}},
+        {2, "9600,E,7", {}},
+        {2, "9600,X,7,2", {}},
+        {2, "fast,E,7,2", {}},
+        {2, "", {}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::to_string(c.port) + " " + c.settings);
+        ScriptedSerialLine line;
         try {
-            PreparePort(line, PortSetupFor(TransferKind::Background, 2, bad, 0));
-            ADD_FAILURE() << bad << " was taken";
+            PreparePort(line, PortSetupFor(TransferKind::Background, c.port, c.settings, 0));
+            EXPECT_TRUE(c.framing) << "taken";
         } catch (const DeviceUnavailableError& e) {
-            EXPECT_EQ(e.subject(), "COM2");
+            EXPECT_FALSE(c.framing) << e.text().toStdString();
+            EXPECT_EQ(e.subject(), QStringLiteral("COM%1").arg(c.port));
         }
-        EXPECT_FALSE(line.PortOpen()) << bad;
+        EXPECT_EQ(line.PortOpen(), bool(c.framing));
+        if (c.framing) {
+            const std::optional<LineFraming> f = ParseFraming(c.settings);
+            ASSERT_TRUE(f);
+            EXPECT_EQ(
+                std::tuple(f->baud, f->parity, f->dataBits, f->stopBits),
+                std::tuple(c.framing->baud, c.framing->parity, c.framing->dataBits, c.framing->stopBits));
+        }
     }
+    ScriptedSerialLine line;
     line.FailNextOpen(SystemError::Kind::DeviceUnavailable, "in use");
     EXPECT_THROW(PreparePort(line, PortSetupFor(TransferKind::Background, 2, "9600,E,7,2", 0)),
                  DeviceUnavailableError);
