@@ -36,12 +36,12 @@ protected:
         return s;
     }
     SendEnd Send(const QByteArray& text, const SendSettings& settings = Plain(),
-                 const SendMachine& machine = {}) {
+                 const SendMachine& machine = {}, const QString& directory = QStringLiteral("Parts"),
+                 const QString& program = QStringLiteral("P100")) {
         fx.Write(Program, text);
         engine.SetSettings(settings);
         engine.SetMachine(machine);
-        return engine.SendProgram(fx.Files(), QStringLiteral("Parts"), QStringLiteral("P100"), Program,
-                                  text.size());
+        return engine.SendProgram(fx.Files(), directory, program, Program, text.size());
     }
     bool Waiting() const { return engine.Phase() == SendPhase::Waiting; }
 
@@ -52,23 +52,61 @@ protected:
     QObject script;
 };
 
-TEST_F(SendEngineTest, LineEndsAreReplacedAndTheSendFilterDrops) {
-    EXPECT_EQ(Send("G1\r\nG2\r\n"), SendEnd::Sent);
-    EXPECT_EQ(line.Sent(), Leader + "G1\r\nG2\r\n%");
-
-    qsizetype before = line.Sent().size();
-    EXPECT_EQ(Send("G1\nG2"), SendEnd::Sent);
-    EXPECT_EQ(line.Sent().mid(before), Leader + "G1G2%"); // a bare LF ends nothing
-
-    SendSettings s = Plain();
-    s.LineEnd = QStringLiteral(";\n");
-    s.SendFilter = {QChar(' '), QChar(0x7F)};
-    s.Leader.clear();
-    before = line.Sent().size();
-    EXPECT_EQ(Send("G1 X1\x7F\rM30", s), SendEnd::Sent);
-    EXPECT_EQ(line.Sent().mid(before), "G1X1;\nM30%");
-    EXPECT_FALSE(line.PortOpen());
-    EXPECT_EQ(engine.Phase(), SendPhase::Idle);
+TEST_F(SendEngineTest, LineEndsAreReplacedTheSendFilterDropsAndHeadersReplaceTheLeader) {
+    SendSettings own = Plain();
+    own.LineEnd = QStringLiteral(";\n");
+    own.SendFilter = {QChar(' '), QChar(0x7F)};
+    own.Leader.clear();
+    // Bytes 0x80..0x9F leave as they stand in the program, the settings' codes in that range are
+    // those bytes, and names from the data directory go into the header as the bytes they show.
+    const QString cms = QStringLiteral("C:\\Jobs\\High.cms");
+    fx.WriteLines(cms, {"Control : Kestrova", "Port : 1", "Baud : 9600", "Parity : E", "Data Bits : 7",
+                        "Stop Bits : 2", "Handshake : RTS/CTS", "Start Mode : FORCE",
+                        "Start Character : ", "Leader : 1,129", "Line End : 1,13,1,10", "Trailer : 2,128",
+                        "End Sequence : ", "Send Filter : 138,159", "Receive Filter : ", "Time Out : 0"});
+    const SendSettings high = ReadSendSettings(fx.Files(), cms);
+    const QByteArray highText("G1 \x80\x85\x8A\x9E\x9F\r\n");
+    const QString punch = QStringLiteral("PUNCH1");
+    const struct {
+        const char* what;
+        QByteArray text;
+        QByteArray sent;
+        SendSettings settings = Plain();
+        SendMachine machine = {};
+        QString directory = QStringLiteral("Parts");
+        QString program = QStringLiteral("P100");
+    } cases[] = {
+        {"CR LF", "G1\r\nG2\r\n", Leader + "G1\r\nG2\r\n%"},
+        {"a bare LF ends nothing", "G1\nG2", Leader + "G1G2%"},
+        {"own line end and filter", "G1 X1\x7F\rM30", "G1X1;\nM30%", own},
+        {"terminal header",
+         "G1\r",
+         "\x17PUNCH1\r\n\x18Parts\r\n\x19P100\r\nG1\r\n%",
+         Plain(),
+         {punch, true, 3}},
+        {"intermotion 3", "G1\r", "\x01Parts\r\n\x02P100\r\nG1\r\n%", Plain(), {punch, false, 3}},
+        {"intermotion 4", "G1\r", "\x18Parts\r\n\x19P100\r\nG1\r\n%", Plain(), {punch, false, 4}},
+        {"intermotion 6", "G1\r", "\x18Parts\r\n\x19P100\r\nG1\r\n%", Plain(), {punch, false, 6}},
+        {"intermotion 2", "G1\r", Leader + "G1\r\n%", Plain(), {punch, false, 2}},
+        {"intermotion 7", "G1\r", Leader + "G1\r\n%", Plain(), {punch, false, 7}},
+        {"high bytes", highText, "\x81G1 \x80\x85\x9E\r\n\x80\x80", high, {punch, false, 0}},
+        {"high bytes in a header",
+         highText,
+         "\x17PUNCH1\r\n\x18Teile\x80\r\n\x19\x8E"
+         "1\r\nG1 \x80\x85\x9E\r\n\x80\x80",
+         high,
+         {punch, true, 0},
+         QStringLiteral("Teile\u20AC"),
+         QStringLiteral("\u017D1")},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        const qsizetype before = line.Sent().size();
+        EXPECT_EQ(Send(c.text, c.settings, c.machine, c.directory, c.program), SendEnd::Sent);
+        EXPECT_EQ(line.Sent().mid(before), c.sent);
+        EXPECT_FALSE(line.PortOpen());
+        EXPECT_EQ(engine.Phase(), SendPhase::Idle);
+    }
 }
 
 TEST_F(SendEngineTest, EachStartModeStartsOnItsOwnCondition) {
@@ -128,62 +166,6 @@ TEST_F(SendEngineTest, EachStartModeStartsOnItsOwnCondition) {
                   QStringLiteral("RThreshold=0 SThreshold=0 PortOpen=0 "
                                  "CommPort=1 Settings=9600,E,7,2 Handshaking=%1")
                       .arg(c.handshaking));
-    }
-}
-
-TEST_F(SendEngineTest, HeadersReplaceTheLeader) {
-    struct Case {
-        bool terminal;
-        int intermotion;
-        QByteArray start;
-    };
-    const QList<Case> cases = {
-        {true, 3, "\x17PUNCH1\r\n\x18Parts\r\n\x19P100\r\n"},
-        {false, 3, "\x01Parts\r\n\x02P100\r\n"},
-        {false, 4, "\x18Parts\r\n\x19P100\r\n"},
-        {false, 6, "\x18Parts\r\n\x19P100\r\n"},
-        {false, 2, Leader},
-        {false, 7, Leader},
-    };
-    for (const Case& c : cases) {
-        const qsizetype before = line.Sent().size();
-        EXPECT_EQ(
-            Send("G1\r", Plain(), {QStringLiteral("PUNCH1"), c.terminal, Int16::From(c.intermotion), false}),
-            SendEnd::Sent);
-        EXPECT_EQ(line.Sent().mid(before), c.start + "G1\r\n%") << c.intermotion;
-    }
-}
-
-// Bytes 0x80..0x9F leave as they stand in the program, the settings' codes in that range are
-// those bytes, and names from the data directory go into the header as the bytes they show.
-TEST_F(SendEngineTest, HighBytesCodesAndNamesLeaveAsTheirBytes) {
-    const QString cms = QStringLiteral("C:\\Jobs\\High.cms");
-    fx.WriteLines(cms, {"Control : Kestrova", "Port : 1", "Baud : 9600", "Parity : E", "Data Bits : 7",
-                        "Stop Bits : 2", "Handshake : RTS/CTS", "Start Mode : FORCE",
-                        "Start Character : ", "Leader : 1,129", "Line End : 1,13,1,10", "Trailer : 2,128",
-                        "End Sequence : ", "Send Filter : 138,159", "Receive Filter : ", "Time Out : 0"});
-    const SendSettings settings = ReadSendSettings(fx.Files(), cms);
-    struct Case {
-        bool terminal;
-        QString directory;
-        QString program;
-        QByteArray start;
-    };
-    const QList<Case> cases = {
-        {false, QStringLiteral("Parts"), QStringLiteral("P100"), "\x81"},
-        {true, QStringLiteral("Teile\u20AC"), QStringLiteral("\u017D1"),
-         "\x17PUNCH1\r\n\x18Teile\x80\r\n\x19\x8E"
-         "1\r\n"},
-    };
-    const QByteArray text("G1 \x80\x85\x8A\x9E\x9F\r\n");
-    fx.Write(Program, text);
-    for (const Case& c : cases) {
-        const qsizetype before = line.Sent().size();
-        engine.SetSettings(settings);
-        engine.SetMachine({QStringLiteral("PUNCH1"), c.terminal, Int16(), false});
-        EXPECT_EQ(engine.SendProgram(fx.Files(), c.directory, c.program, Program, text.size()),
-                  SendEnd::Sent);
-        EXPECT_EQ(line.Sent().mid(before), c.start + "G1 \x80\x85\x9E\r\n\x80\x80") << c.terminal;
     }
 }
 
