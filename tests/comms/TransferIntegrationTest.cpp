@@ -1,13 +1,11 @@
 // Sending and receiving on demand through a real pseudo-terminal, with the simulated machine
 // control at the far end.
+#include "CommsInstallation.h"
 #include "EventScript.h"
-#include "InstallationFixture.h"
 #include "SimulatorProcess.h"
-#include "TestApplication.h"
 #include "comms/GeneralReceive.h"
 #include "comms/SendFormLogic.h"
 #include "platform/QtSerialLine.h"
-#include "settings/SettingsFile.h"
 
 #include <QFile>
 #include <gtest/gtest.h>
@@ -17,20 +15,21 @@ using namespace kestrova::testing;
 
 namespace {
 
-const QString Parts = QStringLiteral("C:\\Jobs\\PUNCH1\\Parts\\");
-
 class TransferIntegration : public ::testing::Test {
 protected:
     void SetUp() override {
         TestApplication();
         machine = std::make_unique<SimulatorProcess>(fx.Host("C:\\Kestrova\\Devices.cfg"), 2);
-        // The current machine's control on COM2: it asks with XON, XON/XOFF flow control.
-        fx.WriteLines("C:\\Kestrova\\Setup\\Data\\PUNCH1.cms",
-                      {LabelledLine("Control Type", "Fanuc 6M"), LabelledLine("Port", "2"), "115200", "N",
-                       "8", "1", LabelledLine("Handshake", "XON/XOFF"), LabelledLine("Start Mode", "AUTO"),
-                       LabelledLine("Start Character", "17"), LabelledLine("Leader", "2,0"), "1,13,1,10",
-                       LabelledLine("Trailer", "1,37"), "", "", LabelledLine("Receive Filter", "0,127"),
-                       LabelledLine("Receive Time Out", "300")});
+        // The current machine's control on COM2 at the pseudo-terminal's pace: it asks with XON,
+        // XON/XOFF flow control.
+        SetValues(fx, MachineCms,
+                  {{"Port", "2"},
+                   {"Baud", "115200"},
+                   {"Parity", "N"},
+                   {"Data Bits", "8"},
+                   {"Stop Bits", "1"},
+                   {"Leader", "2,0"},
+                   {"Receive Time Out", "300"}});
         fx.Load();
         line = std::make_unique<QtSerialLine>(fx.Files().Devices());
     }
@@ -43,59 +42,87 @@ protected:
         fx.Write(Parts + "Big.prg", text);
         return text;
     }
-    // Sends Big with the machine's receive command started once the send waits for its XON.
-    QStringList SendBig(const QString& receiveOptions) {
+    // Sends a program with the machine's receive command started once the send waits for its XON
+    // (and the delay has passed), noting the send's phase at that moment.
+    QStringList Send(const QString& program, const QString& receiveOptions, int delayMs = 0) {
         SendEngine engine(*line, PauseTimer::Shared());
         SendFormLogic logic(fx.session(), engine, SendKind::Program);
         logic.Form_Load();
         When(
             &script, [&] { return engine.Phase() == SendPhase::Waiting && line->PortOpen(); },
-            [&] { machine->Start("receive " + Recorded() + " start=17 trailer=1,37 " + receiveOptions); });
-        logic.SendOk_Click({"Big"});
+            [&] {
+                QTimer::singleShot(delayMs, &script, [&] {
+                    askedIn = engine.Phase();
+                    machine->Start("receive " + fx.Host(Recorded) + " start=17 trailer=1,37 " +
+                                   receiveOptions);
+                });
+            });
+        logic.SendOk_Click({program});
         return machine->Finish("receive");
     }
-    QString Recorded() const { return fx.Root() + "/recorded.bin"; }
-    QByteArray RecordedBytes() const {
-        QFile f(Recorded());
-        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<nothing>");
+    // Waits until the serving machine has stored its n-th program, of the given size.
+    QByteArray Served(const QString& stem, int n, qsizetype size) {
+        QFile got(stem + QStringLiteral("-%1.nc").arg(n));
+        for (int i = 0; i < 500 && !(got.exists() && got.size() == size); ++i)
+            PauseTimer::Shared().Pause(10);
+        return got.open(QIODevice::ReadOnly) ? got.readAll() : QByteArray("<nothing>");
     }
 
+    const QString Recorded = QStringLiteral("C:\\recorded.bin");
+    SendPhase askedIn = SendPhase::Idle;
     InstallationFixture fx;
     std::unique_ptr<SimulatorProcess> machine;
     std::unique_ptr<QtSerialLine> line;
     QObject script;
 };
 
-TEST_F(TransferIntegration, AProgramStartedByXonArrivesByteExactWithItsTrailer) {
-    // More than the line's buffers hold, read at a paced line's speed: the last characters are
-    // still on their way when the send closes the port.
-    const QByteArray text = Program(4000);
-    const QStringList said = SendBig("pace=2000000 idle=3000");
-    EXPECT_EQ(RecordedBytes(), QByteArray(2, '\0') + text + "%");
-    EXPECT_EQ(said, QStringList{"received " + QString::number(text.size() + 3)});
+TEST_F(TransferIntegration, AProgramStartedByXonArrivesByteExactOrIsHeldOrLost) {
+    const struct {
+        const char* what;
+        int lines;
+        const char* options;
+        QString said; // the machine's first line
+        bool lost;
+    } cases[] = {
+        // More than the line's buffers hold, read at a paced line's speed: the last characters
+        // are still on their way when the send closes the port.
+        {"arrives byte-exact with its trailer", 4000, "pace=2000000 idle=3000", "received %1", false},
+        {"held by an XOFF until the XON", 3000, "xoff-at=5000 xon-after=500 idle=3000", "held 0", false},
+        {"a hang-up ends the send with one message", 3000, "hangup-after=4000", {}, true},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        fx.Messages().Clear();
+        const QByteArray text = Program(c.lines);
+        const QStringList said = Send("Big", c.options);
+        RunEventsUntil([] { return false; }, 300); // a failing line would go on reporting meanwhile
+        EXPECT_FALSE(line->PortOpen());
+        if (c.lost) {
+            ASSERT_EQ(fx.Messages().Texts().size(), 1);
+            EXPECT_TRUE(fx.Messages().Texts().first().contains("\"COM2\""));
+            continue;
+        }
+        EXPECT_EQ(said.value(0), c.said.contains("%1") ? c.said.arg(text.size() + 3) : c.said);
+        EXPECT_EQ(fx.Read(Recorded), QByteArray(2, '\0') + text + "%");
+        EXPECT_TRUE(fx.Messages().Texts().isEmpty());
+    }
+}
+
+// What waits in the line before a transfer opens its port is stale and is discarded, so an XON
+// the control gave earlier does not start a send.
+TEST_F(TransferIntegration, AnXonWaitingBeforeThePortOpensDoesNotStartTheSend) {
+    fx.Write(Parts + "Short.prg", "G1 X10\r\nM30\r\n");
+    fx.Write(QStringLiteral("C:\\xon.bin"), "\x11");
+    machine->Run("send " + fx.Host(QStringLiteral("C:\\xon.bin")));
+    Send("Short", "idle=3000", 500);
+    EXPECT_EQ(askedIn, SendPhase::Waiting) << "the stale XON started the send";
+    EXPECT_EQ(fx.Read(Recorded), QByteArray(2, '\0') + "G1 X10\r\nM30\r\n%");
     EXPECT_TRUE(fx.Messages().Texts().isEmpty());
-    EXPECT_FALSE(line->PortOpen());
-}
-
-TEST_F(TransferIntegration, AnXoffHoldsTheSendUntilTheXon) {
-    const QByteArray text = Program(3000);
-    const QStringList said = SendBig("xoff-at=5000 xon-after=500 idle=3000");
-    EXPECT_EQ(said.first(), "held 0");
-    EXPECT_EQ(RecordedBytes(), QByteArray(2, '\0') + text + "%");
-}
-
-TEST_F(TransferIntegration, AHangUpEndsTheSendAsAbortedWithOneMessage) {
-    Program(3000);
-    SendBig("hangup-after=4000");
-    RunEventsUntil([] { return false; }, 300); // a failing line would go on reporting meanwhile
-    ASSERT_EQ(fx.Messages().Texts().size(), 1);
-    EXPECT_TRUE(fx.Messages().Texts().first().contains("\"COM2\""));
-    EXPECT_FALSE(line->PortOpen());
 }
 
 TEST_F(TransferIntegration, AReceiveEndsByTheTrailerOrByTheTimeOut) {
     GeneralReceive receive(*line);
-    receive.SetSettings(ReadReceiveSettings(fx.Files(), "C:\\Kestrova\\Setup\\Data\\PUNCH1.cms"));
+    receive.SetSettings(ReadReceiveSettings(fx.Files(), MachineCms));
     const QString sent = fx.Root() + "/sent.nc";
     {
         QFile f(sent);
@@ -128,7 +155,7 @@ TEST_F(TransferIntegration, TheDemosSendStartsByItselfOnTheDemosMachine) {
     const qsizetype port = settings.indexOf(": 1\r");
     ASSERT_GT(port, 0);
     settings[port + 2] = '2';
-    fx.Write("C:\\Kestrova\\Setup\\Data\\PUNCH1.cms", settings);
+    fx.Write(MachineCms, settings);
     const QByteArray text = Program(40);
     const QString stem = fx.Root() + "/demo-got";
     machine->Start("serve " + fx.Host(QStringLiteral("C:\\machine.nc")) + ' ' + stem);
@@ -142,11 +169,7 @@ TEST_F(TransferIntegration, TheDemosSendStartsByItselfOnTheDemosMachine) {
     logic.SendOk_Click({"Big"});
     EXPECT_TRUE(engine.Started());
     EXPECT_FALSE(engine.Aborted());
-    QFile got(stem + "-1.nc");
-    for (int i = 0; i < 500 && !(got.exists() && got.size() == text.size() + 51); ++i)
-        PauseTimer::Shared().Pause(10);
-    ASSERT_TRUE(got.open(QIODevice::ReadOnly));
-    EXPECT_EQ(got.readAll(), QByteArray(50, '\0') + text + "%");
+    EXPECT_EQ(Served(stem, 1, text.size() + 51), QByteArray(50, '\0') + text + "%");
 }
 
 TEST_F(TransferIntegration, TheServingMachineTakesWhatIsSentAndGivesWhatIsAskedFor) {
@@ -160,14 +183,10 @@ TEST_F(TransferIntegration, TheServingMachineTakesWhatIsSentAndGivesWhatIsAskedF
     SendFormLogic logic(fx.session(), engine, SendKind::Program);
     logic.Form_Load();
     logic.SendOk_Click({"Big"});
-    QFile got(stem + "-1.nc");
-    for (int i = 0; i < 500 && !(got.exists() && got.size() == text.size() + 3); ++i)
-        PauseTimer::Shared().Pause(10);
-    ASSERT_TRUE(got.open(QIODevice::ReadOnly));
-    EXPECT_EQ(got.readAll(), QByteArray(2, '\0') + text + "%");
+    EXPECT_EQ(Served(stem, 1, text.size() + 3), QByteArray(2, '\0') + text + "%");
 
     GeneralReceive receive(*line);
-    receive.SetSettings(ReadReceiveSettings(fx.Files(), "C:\\Kestrova\\Setup\\Data\\PUNCH1.cms"));
+    receive.SetSettings(ReadReceiveSettings(fx.Files(), MachineCms));
     const QString temp = QStringLiteral("C:\\Kestrova\\Commstmp.prg");
     receive.Run(fx.Files(), QStringLiteral("P1"), temp);
     EXPECT_EQ(fx.Read(temp), "O0042 (FROM THE MACHINE)\r\nG00 X0 Y0\r\n%");
