@@ -5,7 +5,6 @@
 #include "platform/ModemLineWatch.h"
 #include "platform/QtSerialLine.h"
 
-#include <QFile>
 #include <cerrno>
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -41,16 +40,11 @@ protected:
         line->SetPortOpen(true);
         machine->Run("wait-open 5000");
     }
-    QString File(const QString& name, const QByteArray& bytes) {
-        const QString path = fx.Root() + u'/' + name;
-        QFile f(path);
-        EXPECT_TRUE(f.open(QIODevice::WriteOnly));
-        f.write(bytes);
-        return path;
-    }
-    QByteArray Recorded(const QString& path) {
-        QFile f(path);
-        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<nothing>");
+    // A file of the installation's C: drive, by its host path.
+    QString File(const QString& name, const QByteArray& bytes = {}) {
+        if (!bytes.isEmpty())
+            fx.Write("C:\\" + name, bytes);
+        return fx.Host("C:\\" + name);
     }
 
     InstallationFixture fx;
@@ -141,8 +135,8 @@ TEST_F(SerialPty, XonXoffIsDoneByTheLineAndNeverReachesTheProgram) {
     line->Output("HELD BACK");
     EXPECT_EQ(line->OutBufferCount(), 9); // held by the XOFF
     // The machine asks for the rest with an XON as its start character.
-    machine->Run("receive " + fx.Root() + "/got.bin start=17 trailer=1,75 idle=5000");
-    EXPECT_EQ(Recorded(fx.Root() + "/got.bin"), "HELD BACK");
+    machine->Run("receive " + File("got.bin") + " start=17 trailer=1,75 idle=5000");
+    EXPECT_EQ(fx.Read("C:\\got.bin"), "HELD BACK");
     machine->Run("send " + File("y.bin", "y"));
     ASSERT_TRUE(RunEventsUntil([&] { return received.size() >= 2; }));
     EXPECT_EQ(received, "xy");
@@ -155,14 +149,14 @@ TEST_F(SerialPty, TheOutputCountHoldsEverythingThatHasNotLeft) {
     QByteArray big;
     for (int i = 0; i < 20000; ++i)
         big += char('A' + i % 26);
-    machine->Start("receive " + fx.Root() + "/big.bin trailer=1,37 idle=5000");
+    machine->Start("receive " + File("big.bin") + " trailer=1,37 idle=5000");
     line->Output(QString::fromLatin1(big + '%'));
     EXPECT_GT(line->OutBufferCount(), 0);
     ASSERT_TRUE(RunEventsUntil([&] { return line->OutBufferCount() == 0; }));
     line->SetPortOpen(false);
     EXPECT_FALSE(line->PortOpen());
     machine->Finish("receive");
-    EXPECT_EQ(Recorded(fx.Root() + "/big.bin"), big + '%');
+    EXPECT_EQ(fx.Read("C:\\big.bin"), big + '%');
 }
 
 TEST_F(SerialPty, AHangUpClosesThePortAndIsReportedOnce) {
