@@ -1,16 +1,14 @@
 // Sends and the background receive against a machine control that the test plays itself on the
 // master side of a pseudo-terminal: the start, XOFF at the end of a send, XOFF while input is
 // discarded, and a background device that is missing or goes away and comes back.
+#include "CommsInstallation.h"
 #include "EventScript.h"
-#include "InstallationFixture.h"
 #include "PtyControl.h"
-#include "TestApplication.h"
 #include "comms/BackgroundReceive.h"
 #include "comms/GeneralReceive.h"
 #include "comms/ReceiveFormLogic.h"
 #include "comms/SendFormLogic.h"
 #include "platform/QtSerialLine.h"
-#include "settings/SettingsFile.h"
 
 #include <QFile>
 #include <QThread>
@@ -21,7 +19,6 @@ using namespace kestrova::testing;
 
 namespace {
 
-const QString Parts = QStringLiteral("C:\\Jobs\\PUNCH1\\Parts\\");
 const QByteArray Program = "N10 G90\r\nN20 G01 X10 Y20\r\nN30 M30\r\n";
 const QByteArray Leader(2, '\0');
 
@@ -35,12 +32,9 @@ protected:
         fx.WriteLines("C:\\Kestrova\\Devices.cfg", devices);
         // The current machine's control on COM2: asks with XON, XON/XOFF flow control, a pause
         // after the start, and a time-out of three seconds for what is still on its way at the end.
-        fx.WriteLines("C:\\Kestrova\\Setup\\Data\\PUNCH1.cms",
-                      {LabelledLine("Control Type", "Fanuc 6M"), LabelledLine("Port", "2"), "9600", "E", "7",
-                       "2", LabelledLine("Handshake", "XON/XOFF"), LabelledLine("Start Mode", "AUTO"),
-                       LabelledLine("Start Character", "17"), LabelledLine("Leader", "2,0"), "1,13,1,10",
-                       LabelledLine("Trailer", "1,37"), "", "", LabelledLine("Receive Filter", "0,127"),
-                       LabelledLine("Receive Time Out", "3000"), LabelledLine("Pause After Start", "300")});
+        SetValues(
+            fx, MachineCms,
+            {{"Port", "2"}, {"Leader", "2,0"}, {"Receive Time Out", "3000"}, {"Pause After Start", "300"}});
         fx.Write(Parts + "Small.prg", Program);
     }
     void Load() {
@@ -58,11 +52,11 @@ protected:
         });
         tick->start(5);
     }
-    SendEnd SendSmall(SendEngine& engine) {
+    // The send form's OK for one program of the current machine.
+    void Send(SendEngine& engine, const QString& program) {
         SendFormLogic logic(fx.session(), engine, SendKind::Program);
         logic.Form_Load();
-        logic.SendOk_Click({"Small"});
-        return SendEnd::Sent;
+        logic.SendOk_Click({program});
     }
 
     InstallationFixture fx;
@@ -74,64 +68,6 @@ protected:
 };
 
 } // namespace
-
-TEST_F(LinePty, AnXoffAtTheEndOfASend) {
-    // The control starts the send with XON, holds it with XOFF during the pause after the start,
-    // so that the whole program and its trailer wait at the end; then releases it, or not.
-    struct Case {
-        const char* what;
-        int xonAfterMs; // -1: never
-        bool abort;
-        QStringList messages;
-    };
-    const Case cases[] = {
-        {"released after two seconds", 2000, false, {}},
-        {"never released",
-         -1,
-         false,
-         {QStringLiteral("\"Small\" Was Not Sent Completely: %1 Characters Did Not Leave \"COM2\" !")
-              .arg(Leader.size() + Program.size() + 1)}},
-        {"aborted while held", -1, true, {}},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        control.reset();
-        control = std::make_unique<PtyControl>(link);
-        Load();
-        received.clear();
-        SendEngine engine(*line, PauseTimer::Shared());
-        bool asked = false;
-        bool held = false;
-        bool released = false;
-        QElapsedTimer since;
-        Play([&](const QByteArray&) {
-            if (!asked && control->Opened()) {
-                asked = true;
-                control->Write("\x11");
-                since.start();
-            } else if (asked && !held && since.elapsed() >= 100) {
-                held = true;
-                control->Write("\x13");
-                since.start();
-            } else if (held && !released && c.xonAfterMs >= 0 && since.elapsed() >= c.xonAfterMs) {
-                released = true;
-                control->Write("\x11");
-            } else if (held && c.abort && since.elapsed() >= 600) {
-                engine.SendAbrt_Click();
-            }
-        });
-        SendSmall(engine);
-        RunEventsUntil([&] { return received.size() >= Leader.size() + Program.size() + 1; }, 300);
-        EXPECT_EQ(fx.Messages().Texts(), c.messages);
-        if (c.xonAfterMs >= 0)
-            EXPECT_EQ(received, Leader + Program + "%");
-        else
-            EXPECT_TRUE(received.isEmpty()) << received.toStdString();
-        EXPECT_FALSE(line->PortOpen());
-        fx.Messages().Clear();
-        owner = std::make_unique<QObject>();
-    }
-}
 
 TEST_F(LinePty, AnXoffThatArrivesWhileInputIsDiscardedStillHolds) {
     control = std::make_unique<PtyControl>(link);
@@ -156,8 +92,7 @@ TEST_F(LinePty, AnXoffThatArrivesWhileInputIsDiscardedStillHolds) {
 }
 
 TEST_F(LinePty, TheBackgroundDeviceMissingAtStartUpOrRemovedComesBackByItself) {
-    fx.WriteLines("C:\\Kestrova\\Kestrova.cms", {"Background receive", "2", "9600", "E", "7", "2", "XON/XOFF",
-                                                 "", "", "", "1,13,1,10", "1,37", "", "", "0,127", "0"});
+    SetValues(fx, BackgroundCms, {{"Port", "2"}});
     Load();
     auto owned = std::make_unique<QtSerialLine>(fx.Files().Devices());
     BackgroundReceive receive(fx.session(), std::move(owned));
@@ -192,35 +127,67 @@ TEST_F(LinePty, TheBackgroundDeviceMissingAtStartUpOrRemovedComesBackByItself) {
     EXPECT_EQ(fx.Messages().Texts().size(), 2);
 }
 
-TEST_F(LinePty, TheControlGoingAwayInEachPhaseOfASendIsToldOnceAndTheNextSendWorks) {
+TEST_F(LinePty, AnXoffAtTheEndOrTheControlGoingAwayIsToldOnceAndTheNextSendWorks) {
     QByteArray big;
     for (int n = 1; n <= 3000; ++n)
         big += "N" + QByteArray::number(n * 10) + " G01 X" + QByteArray::number(n) + ".5 Y12.25\r\n";
     fx.Write(Parts + "Big.prg", big);
+    QElapsedTimer held; // since the control's XOFF
+    const auto heldFor = [&](int ms) { return held.isValid() && held.elapsed() >= ms; };
+    using Trigger = std::function<bool(const SendEngine&, const QByteArray& got)>;
+    const Trigger never = [](const SendEngine&, const QByteArray&) { return false; };
     struct Case {
         const char* what;
-        bool asks;  // the control asks with XON once the line is open
-        bool holds; // and then holds everything back with XOFF
-        std::function<bool(const SendEngine&, const QByteArray& got)> goes; // when it goes away
-        bool hangsUp; // its pseudo-terminal closes (else only the device's link goes)
         const char* program;
+        bool asks;      // the control asks with XON once the line is open
+        bool holds;     // and holds everything back with XOFF 100 ms later, in the pause after the
+                        // start, so that the whole program and its trailer wait at the end
+        int xonAfterMs; // and lets it go this long after (-1: never)
+        Trigger aborts; // when the operator aborts
+        Trigger goes;   // when the control goes away
+        bool hangsUp;   // its pseudo-terminal closes (else only the device's link goes)
+        QString told;   // the one message (of a lost line, only the port it names is checked)
+        int arrives;    // 1: the whole program, 0: nothing, -1: not checked
     };
-    QElapsedTimer held;
     const Case cases[] = {
-        {"while the send waits for the start", false, false,
+        {"released after two seconds", "Small", true, true, 2000, never, never, false, {}, 1},
+        {"never released", "Small", true, true, -1, never, never, false,
+         QStringLiteral("\"Small\" Was Not Sent Completely: %1 Characters Did Not Leave \"COM2\" !")
+             .arg(Leader.size() + Program.size() + 1),
+         0},
+        {"aborted while held",
+         "Small",
+         true,
+         true,
+         -1,
+         [&](const SendEngine&, const QByteArray&) { return heldFor(600); },
+         never,
+         false,
+         {},
+         0},
+        {"gone while the send waits for the start", "Big", false, false, -1, never,
          [&](const SendEngine& e, const QByteArray&) {
              return e.Phase() == SendPhase::Waiting && line->PortOpen();
          },
-         true, "Big"},
-        {"in the middle of the program", true, false,
-         [](const SendEngine&, const QByteArray& got) { return got.size() >= 2000; }, true, "Big"},
-        {"while the end waits to drain", true, true,
+         true, "COM2", -1},
+        {"gone in the middle of the program", "Big", true, false, -1, never,
+         [](const SendEngine&, const QByteArray& got) { return got.size() >= 2000; }, true, "COM2", -1},
+        {"gone while the end waits to drain", "Small", true, true, -1, never,
          [&](const SendEngine& e, const QByteArray&) {
-             return e.Phase() == SendPhase::Trailer && held.isValid() && held.elapsed() >= 500;
+             return e.Phase() == SendPhase::Trailer && heldFor(500);
          },
-         true, "Small"},
-        {"its device node removed while sending", true, false,
-         [](const SendEngine&, const QByteArray& got) { return got.size() >= 2000; }, false, "Big"},
+         true, "COM2", -1},
+        // The open line is not the node: the send goes on to its end.
+        {"its device node removed while sending",
+         "Big",
+         true,
+         false,
+         -1,
+         never,
+         [](const SendEngine&, const QByteArray& got) { return got.size() >= 2000; },
+         false,
+         {},
+         1},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
@@ -231,7 +198,8 @@ TEST_F(LinePty, TheControlGoingAwayInEachPhaseOfASendIsToldOnceAndTheNextSendWor
         held.invalidate();
         SendEngine engine(*line, PauseTimer::Shared());
         bool asked = false;
-        bool holding = false;
+        bool released = false;
+        bool aborted = false;
         bool gone = false;
         QElapsedTimer sinceAsked;
         Play([&](const QByteArray& got) {
@@ -241,11 +209,16 @@ TEST_F(LinePty, TheControlGoingAwayInEachPhaseOfASendIsToldOnceAndTheNextSendWor
                 asked = true;
                 control->Write("\x11");
                 sinceAsked.start();
-            } else if (c.holds && asked && !holding && sinceAsked.elapsed() >= 100) {
-                // During the pause after the start: everything waits at the end.
-                holding = true;
+            } else if (c.holds && asked && !held.isValid() && sinceAsked.elapsed() >= 100) {
                 control->Write("\x13");
                 held.start();
+            } else if (!released && c.xonAfterMs >= 0 && heldFor(c.xonAfterMs)) {
+                released = true;
+                control->Write("\x11");
+            }
+            if (!aborted && c.aborts(engine, got)) {
+                aborted = true;
+                engine.SendAbrt_Click();
             }
             if (c.goes(engine, got)) {
                 gone = true;
@@ -255,25 +228,25 @@ TEST_F(LinePty, TheControlGoingAwayInEachPhaseOfASendIsToldOnceAndTheNextSendWor
                     control->Unlink();
             }
         });
-        SendFormLogic logic(fx.session(), engine, SendKind::Program);
-        logic.Form_Load();
-        logic.SendOk_Click({QString::fromLatin1(c.program)});
+        Send(engine, QString::fromLatin1(c.program));
         RunEventsUntil([] { return false; }, 300); // a line that failed would go on reporting
         EXPECT_FALSE(line->PortOpen());
         if (c.hangsUp) {
             ASSERT_EQ(fx.Messages().Texts().size(), 1);
             EXPECT_TRUE(fx.Messages().Texts().first().contains("\"COM2\""));
         } else {
-            // The open line is not the node: the send goes on to its end.
-            EXPECT_TRUE(fx.Messages().Texts().isEmpty());
-            EXPECT_EQ(received + control->Read(), Leader + big + "%");
+            EXPECT_EQ(fx.Messages().Texts(), c.told.isEmpty() ? QStringList() : QStringList{c.told});
+        }
+        const QByteArray whole = Leader + (c.program == QByteArrayView("Big") ? big : Program) + "%";
+        if (c.arrives >= 0) {
+            EXPECT_EQ(received + control->Read(), c.arrives ? whole : QByteArray());
         }
         owner = std::make_unique<QObject>();
 
         // Without the device: told by the send, naming the port.
         control.reset();
         try {
-            SendSmall(engine);
+            Send(engine, "Small");
             ADD_FAILURE() << "sent without a device";
         } catch (const DeviceUnavailableError& e) {
             EXPECT_EQ(e.subject(), "COM2");
@@ -287,7 +260,7 @@ TEST_F(LinePty, TheControlGoingAwayInEachPhaseOfASendIsToldOnceAndTheNextSendWor
             if (control->Opened() && received.isEmpty() && engine.Phase() == SendPhase::Waiting)
                 control->Write("\x11");
         });
-        SendSmall(engine);
+        Send(engine, "Small");
         RunEventsUntil([&] { return received.size() >= Leader.size() + Program.size() + 1; }, 2000);
         EXPECT_EQ(received, Leader + Program + "%");
         EXPECT_TRUE(fx.Messages().Texts().isEmpty());
@@ -348,8 +321,7 @@ long ResidentKb() {
 } // namespace
 
 TEST_F(LinePty, AMegabyteWithoutATrailerGathersInReceiveTmpInFlatMemory) {
-    fx.WriteLines("C:\\Kestrova\\Kestrova.cms", {"Background receive", "2", "9600", "E", "7", "2", "XON/XOFF",
-                                                 "", "", "", "1,13,1,10", "1,37", "", "", "0,127", "0"});
+    SetValues(fx, BackgroundCms, {{"Port", "2"}});
     control = std::make_unique<PtyControl>(link);
     Load();
     BackgroundReceive receive(fx.session(), std::make_unique<QtSerialLine>(fx.Files().Devices()));
