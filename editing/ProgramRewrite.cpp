@@ -103,21 +103,18 @@ void RewriteProgram(FileSystem& files, const QString& program, const QString& te
         throw RewriteError(error, Unchanged(programPath));
     }
 
-    // 2. The program goes, and the new text is copied in its place.
+    // 2. The new text takes the program's place whole: the program keeps its old text until
+    // then, and a link to it stays a link.
     try {
-        files.Delete(programPath);
+        files.MoveOver(temporaryPath, programPath);
     } catch (const SystemError& error) {
         throw RewriteError(error, Unchanged(programPath) + u'\n' + NewTextIn(programPath, temporaryPath));
     }
-    try {
-        files.Copy(temporaryPath, programPath);
-    } catch (const SystemError& error) {
-        throw RewriteError(error, NewTextIn(programPath, temporaryPath));
-    }
 
-    // 3. The temporary file is no longer needed.
+    // 3. The temporary file is no longer needed: gone already where it was renamed into place.
     try {
-        files.Delete(temporaryPath);
+        if (files.Exists(temporaryPath))
+            files.Delete(temporaryPath);
     } catch (const SystemError& error) {
         throw RewriteError(error,
                            QStringLiteral("The Program %1 Has Its New Text !").arg(Quoted(programPath)));

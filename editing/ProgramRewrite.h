@@ -66,7 +66,9 @@ private:
 };
 
 // The rewrite rule of the system: the new text goes to the temporary file (created, or emptied),
-// then the program is deleted, the temporary file copied to the program's path and deleted.
+// which then takes the program's place and is gone: renamed over it where both lie on one
+// device, else copied over it and deleted. The program holds its old text until the new one is
+// whole and on the disk, and a link to it stays a link.
 // transform reads the program's lines and writes the new ones. Any failure raises RewriteError.
 void RewriteProgram(FileSystem& files, const QString& program, const QString& temporary,
                     const std::function<void(ProgramInput&, ProgramOutput&)>& transform,

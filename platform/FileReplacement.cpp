@@ -25,6 +25,40 @@ fs::path RealFile(const fs::path& path) {
     return ec ? path : real; // a dangling link is replaced like a missing file
 }
 
+// Gives the new text, open as fd, the mode (and owner, where the host allows) of the file it is
+// to replace, and forces it to the disk. The host's error number, or 0.
+int TakeOldModeOnTheDisk([[maybe_unused]] int fd, [[maybe_unused]] const fs::path& real) {
+#ifndef _WIN32
+    struct stat old {};
+    if (::stat(real.c_str(), &old) == 0) {
+        if (::fchmod(fd, old.st_mode & 07777) != 0)
+            return errno;
+        // Only a privileged user may give a file away; anyone else keeps it as the host made it.
+        [[maybe_unused]] const int owned = ::fchown(fd, old.st_uid, old.st_gid);
+    }
+    if (::fsync(fd) != 0)
+        return errno;
+#endif
+    return 0;
+}
+
+// Renames the complete new text over the old file, the rename itself on the disk with its
+// directory. The host's error number, or 0.
+int RenameOnTheDisk(const fs::path& from, const fs::path& real) {
+    std::error_code ec;
+    fs::rename(from, real, ec);
+    if (ec)
+        return ec.value();
+#ifndef _WIN32
+    const int dir = ::open(real.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (dir >= 0) {
+        ::fsync(dir);
+        ::close(dir);
+    }
+#endif
+    return 0;
+}
+
 } // namespace
 
 void FileReplacement::Closer::operator()(std::FILE* f) const noexcept {
@@ -135,18 +169,8 @@ void FileReplacement::Commit() {
     if (std::fflush(m_file.get()) != 0)
         Fail(errno);
     step(FileStep::Sync);
-#ifndef _WIN32
-    const int fd = fileno(m_file.get());
-    if (::fsync(fd) != 0)
-        Fail(errno);
-    struct stat old {};
-    if (::stat(m_real.c_str(), &old) == 0) {
-        if (::fchmod(fd, old.st_mode & 07777) != 0)
-            Fail(errno);
-        // Only a privileged user may give a file away; anyone else keeps it as the host made it.
-        [[maybe_unused]] const int owned = ::fchown(fd, old.st_uid, old.st_gid);
-    }
-#endif
+    if (const int error = TakeOldModeOnTheDisk(fileno(m_file.get()), m_real))
+        Fail(error);
     step(FileStep::Replace);
     // Closed only now, so that every failure up to here removes the sibling the same way.
     if (std::fclose(m_file.release()) != 0) {
@@ -155,21 +179,37 @@ void FileReplacement::Commit() {
         fs::remove(m_sibling, ignored);
         m_files.ThrowFromErrno(error, m_target);
     }
-    std::error_code ec;
-    fs::rename(m_sibling, m_real, ec);
-    if (ec) {
+    if (const int error = RenameOnTheDisk(m_sibling, m_real)) {
         std::error_code ignored;
         fs::remove(m_sibling, ignored);
-        m_files.ThrowFromErrno(ec.value(), m_target);
+        m_files.ThrowFromErrno(error, m_target);
     }
+}
+
+bool MoveIntoPlace(FileSystem& files, const FileSystem::Resolved& newText,
+                   const FileSystem::Resolved& target) {
+    const fs::path from = host::ToFs(newText.host);
+    const fs::path real = RealFile(host::ToFs(target.host));
 #ifndef _WIN32
-    // The rename itself reaches the disk with its directory.
-    const int dir = ::open(m_real.parent_path().c_str(), O_RDONLY | O_DIRECTORY);
-    if (dir >= 0) {
-        ::fsync(dir);
-        ::close(dir);
-    }
+    struct stat source {};
+    struct stat old {};
+    if (::stat(from.c_str(), &source) != 0 || ::stat(real.c_str(), &old) != 0 || source.st_dev != old.st_dev)
+        return false;
+    const int fd = ::open(from.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        files.ThrowFromErrno(errno, newText);
+    struct Closer {
+        int fd;
+        ~Closer() { ::close(fd); }
+    } closer{fd};
+    files.CheckFault(FileStep::Sync, newText);
+    if (const int error = TakeOldModeOnTheDisk(fd, real))
+        files.ThrowFromErrno(error, newText);
 #endif
+    files.CheckFault(FileStep::Replace, target);
+    if (const int error = RenameOnTheDisk(from, real))
+        files.ThrowFromErrno(error, target);
+    return true;
 }
 
 } // namespace kestrova

@@ -49,4 +49,12 @@ private:
     WriteBackPacer m_pacer;
 };
 
+// A complete new text already in a file of its own (newText) takes the place of the file target
+// stands for, as Commit() puts its sibling in place: with the old file's mode, on the disk, then
+// renamed over the real file, so a link stays a link. A failure throws the error naming the file
+// and leaves both as they were. False, with nothing done, where the two lie on different devices
+// (or target is gone) and one cannot be renamed onto the other.
+[[nodiscard]] bool MoveIntoPlace(FileSystem& files, const FileSystem::Resolved& newText,
+                                 const FileSystem::Resolved& target);
+
 } // namespace kestrova

@@ -362,21 +362,23 @@ void FileSystem::CheckFault(FileStep step, const Resolved& where) const {
         ThrowFromErrno(error, where);
 }
 
-void FileSystem::Copy(const QString& source, const QString& target) {
-    const Resolved from = Resolve(source);
-    if (!from.exists)
-        ThrowMissing(from);
-    if (from.isDirectory)
-        throw PathFileAccessError(from.full, QStringLiteral("is a directory"));
-    const Resolved to = Resolve(target);
-    if (!to.exists && !to.parentExists)
-        ThrowMissing(to);
-    if (to.exists && to.isDirectory)
-        throw PathFileAccessError(to.full, QStringLiteral("is a directory"));
-    const fs::path targetPath = ToFs(to.host);
-    if (to.exists && !Writable(targetPath))
-        throw PermissionDeniedError(to.full);
+FileSystem::FromTo FileSystem::ResolveFromTo(const QString& source, const QString& target) const {
+    FromTo r{Resolve(source), Resolve(target)};
+    if (!r.from.exists)
+        ThrowMissing(r.from);
+    if (r.from.isDirectory)
+        throw PathFileAccessError(r.from.full, QStringLiteral("is a directory"));
+    if (!r.to.exists && !r.to.parentExists)
+        ThrowMissing(r.to);
+    if (r.to.exists && r.to.isDirectory)
+        throw PathFileAccessError(r.to.full, QStringLiteral("is a directory"));
+    if (r.to.exists && !Writable(ToFs(r.to.host)))
+        throw PermissionDeniedError(r.to.full);
+    return r;
+}
 
+void FileSystem::Copy(const QString& source, const QString& target) {
+    const auto [from, to] = ResolveFromTo(source, target);
     CheckFault(FileStep::Read, from);
     const int in = ::open(ToFs(from.host).c_str(), O_RDONLY | O_CLOEXEC);
     if (in < 0)
@@ -388,6 +390,16 @@ void FileSystem::Copy(const QString& source, const QString& target) {
     FileReplacement out(*this, to);
     out.CopyFrom(in, from);
     out.Commit();
+}
+
+void FileSystem::MoveOver(const QString& source, const QString& target) {
+    const auto [from, to] = ResolveFromTo(source, target);
+    // The new text is forced to the disk here, with the old file's mode; every other new file
+    // before the rename, as before any.
+    m_unsettled.Forget(ToFs(from.host).string());
+    SettleWrites();
+    if (!to.exists || !MoveIntoPlace(*this, from, to))
+        Copy(source, target);
 }
 
 void FileSystem::Delete(const QString& p) {

@@ -81,6 +81,11 @@ public:
     // Byte-exact copy; an existing target is replaced whole, never left half written, and only
     // once the new text is on the disk. A new target reaches the disk before anything is deleted.
     void Copy(const QString& source, const QString& target);
+    // The complete text of source takes the place of the existing file target, which keeps its
+    // link and mode and holds its old text until the new one is on the disk. On the same device
+    // source is renamed onto it and is gone; elsewhere it is copied and stays. Either way a
+    // failure leaves target as it was and source whole.
+    void MoveOver(const QString& source, const QString& target);
     // Every new file written so far is forced to the disk first: the text it was made from may
     // be what goes.
     void Delete(const QString& p);
@@ -137,6 +142,14 @@ public:
     }
 
 private:
+    struct FromTo {
+        Resolved from;
+        Resolved to;
+    };
+    // Source and target of a copy or move, refused with the error naming the file where the one
+    // is missing or a directory, or the other cannot be written.
+    [[nodiscard]] FromTo ResolveFromTo(const QString& source, const QString& target) const;
+
     DeviceMap m_devices;
     QChar m_currentDrive;
     QMap<QChar, QString> m_currentDirs; // per drive, a full system path

@@ -193,7 +193,7 @@ TEST_F(EditFormTest, AFailedRewriteStopsTheBatchWithOneMessage) {
     const QByteArray bracket = fixture.Read(Parts + "Bracket.prg");
     const QByteArray cover = fixture.Read(Parts + "Cover.prg");
     FaultInjector faults(fixture.Files());
-    faults.Fail(FileStep::Delete, QStringLiteral("Bracket.prg"), EIO);
+    faults.Fail(FileStep::Replace, QStringLiteral("Bracket.prg"), EIO);
     fixture.Messages().Script({Answer::Yes});
     auto form = Open(6);
     Pick(Child<QListWidget>(*form, "EditList2"), {QStringLiteral("Bracket"), QStringLiteral("Cover")});

@@ -5,10 +5,13 @@
 #include "QtPrinters.h"
 #include "platform/TextFile.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QTemporaryDir>
 #include <functional>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <vector>
 
 using namespace kestrova;
@@ -26,6 +29,13 @@ QString ErrorText(F&& f) {
         return QStringLiteral("wrong error: ") + e.text();
     }
     return QStringLiteral("no error");
+}
+
+bool OnOneDevice(const QString& a, const QString& b) {
+    struct stat sa {
+    }, sb{};
+    return ::stat(QFile::encodeName(a).constData(), &sa) == 0 &&
+           ::stat(QFile::encodeName(b).constData(), &sb) == 0 && sa.st_dev == sb.st_dev;
 }
 
 QString LastName(const QString& path) {
@@ -206,11 +216,13 @@ TEST(FileSystem, RenamesDeletesAndRemovesDirectories) {
 
 namespace {
 
-// The ways a whole file is replaced: a copy over an existing target, and a rewrite.
+// The ways a whole file is replaced: a copy over an existing target, a rewrite, and a file of
+// new text moved over it (which is gone afterwards, unless it had to be copied).
 struct Replacement {
     const char* name;
     std::function<void(FileSystem&, const QString& target)> run;
     QByteArray newBytes;
+    bool moves = false;
 };
 
 const QString Source = QStringLiteral("C:\\Jobs\\source.bin");
@@ -221,12 +233,15 @@ std::vector<Replacement> Replacements() {
         {"copy", [](FileSystem& f, const QString& target) { f.Copy(Source, target); }, CopiedBytes},
         {"rewrite", [](FileSystem& f, const QString& target) { WriteAllLines(f, target, {"new"}); },
          "new\r\n"},
+        {"move", [](FileSystem& f, const QString& target) { f.MoveOver(Source, target); }, CopiedBytes, true},
     };
 }
 
 // The target as operators' setups have it: a plain file, one readable only by the owner and
-// the operators' group, or a link into a shared set-up (whose real file the rewrite must fill).
-enum class Shape { Plain, Mode0640, Link };
+// the operators' group, or a link into a shared set-up (whose real file the rewrite must fill),
+// here or on another device, where a move must copy.
+enum class Shape { Plain, Mode0640, Link, LinkElsewhere };
+const Shape AllShapes[] = {Shape::Plain, Shape::Mode0640, Shape::Link, Shape::LinkElsewhere};
 
 struct Target {
     QString path;     // the system path the program writes
@@ -242,6 +257,14 @@ Target MakeTarget(InstallationFixture& fx, Shape shape, const QByteArray& bytes)
         t.realHost = fx.Host(QStringLiteral("C:\\Shared\\real.bin"));
         t.linkHost = fx.Host(t.path);
         EXPECT_TRUE(QFile::link(QStringLiteral("../Shared/real.bin"), t.linkHost));
+    } else if (shape == Shape::LinkElsewhere) {
+        static const QTemporaryDir elsewhere(QStringLiteral("/dev/shm/kestrova-XXXXXX"));
+        t.realHost = elsewhere.filePath(QStringLiteral("real.bin"));
+        QFile real(t.realHost);
+        EXPECT_TRUE(real.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        real.write(bytes);
+        t.linkHost = fx.Host(t.path);
+        EXPECT_TRUE(QFile::link(t.realHost, t.linkHost));
     } else {
         fx.Write(t.path, bytes);
         t.realHost = fx.Host(t.path);
@@ -254,7 +277,7 @@ Target MakeTarget(InstallationFixture& fx, Shape shape, const QByteArray& bytes)
 
 // What the target looks like afterwards: the bytes at the real file, its mode, the link and
 // every name in the directories concerned (nothing left half written beside them).
-void ExpectTarget(InstallationFixture& fx, const Target& t, const QByteArray& bytes) {
+void ExpectTarget(InstallationFixture& fx, const Target& t, const QByteArray& bytes, bool sourceLeft = true) {
     QFile real(t.realHost);
     ASSERT_TRUE(real.open(QIODevice::ReadOnly));
     EXPECT_EQ(real.readAll(), bytes);
@@ -262,24 +285,26 @@ void ExpectTarget(InstallationFixture& fx, const Target& t, const QByteArray& by
     if (!t.linkHost.isEmpty()) {
         EXPECT_TRUE(QFileInfo(t.linkHost).isSymLink());
         EXPECT_EQ(QFileInfo(t.linkHost).symLinkTarget(), QFileInfo(t.realHost).absoluteFilePath());
-        EXPECT_EQ(fx.Files().List(QStringLiteral("C:\\Shared"), QStringLiteral("*"), EntryKinds::Files),
+        EXPECT_EQ(QDir(QFileInfo(t.realHost).path()).entryList(QDir::Files | QDir::Hidden),
                   QStringList{"real.bin"});
     }
     EXPECT_EQ(fx.Files().List(QStringLiteral("C:\\Jobs"), QStringLiteral("*"), EntryKinds::Files),
-              (QStringList{"source.bin", "TARGET.BIN"}));
+              sourceLeft ? (QStringList{"source.bin", "TARGET.BIN"}) : QStringList{"TARGET.BIN"});
 }
 
 } // namespace
 
 TEST(FileSystem, AReplacedFileKeepsItsLinkAndItsMode) {
     for (const Replacement& r : Replacements()) {
-        for (const Shape shape : {Shape::Plain, Shape::Mode0640, Shape::Link}) {
+        for (const Shape shape : AllShapes) {
             SCOPED_TRACE(std::string(r.name) + " shape " + std::to_string(int(shape)));
             InstallationFixture fx;
             fx.Write(Source, CopiedBytes);
             const Target t = MakeTarget(fx, shape, "old text\r\n");
+            // A move across devices is a copy: what it was made from stays for its owner to delete.
+            const bool sourceLeft = !r.moves || !OnOneDevice(fx.Host(Source), t.realHost);
             r.run(fx.Files(), t.path);
-            ExpectTarget(fx, t, r.newBytes);
+            ExpectTarget(fx, t, r.newBytes, sourceLeft);
         }
     }
 }
@@ -296,7 +321,12 @@ TEST(FileSystem, AFaultAtAnyStepOfACopyOrRewriteKeepsTheOldFile) {
             const bool copy = QByteArray(r.name) == "copy";
             if (step == FileStep::Read && !copy)
                 continue; // a rewrite reads nothing
-            for (const Shape shape : {Shape::Plain, Shape::Mode0640, Shape::Link}) {
+            // A move on one device only forces its new text to the disk and renames it.
+            if (r.moves && step != FileStep::Sync && step != FileStep::Replace)
+                continue;
+            for (const Shape shape : AllShapes) {
+                if (r.moves && shape == Shape::LinkElsewhere)
+                    continue; // a copy, as above
                 SCOPED_TRACE(std::string(r.name) + " step " + std::to_string(int(step)) + " shape " +
                              std::to_string(int(shape)));
                 InstallationFixture fx;
@@ -304,7 +334,9 @@ TEST(FileSystem, AFaultAtAnyStepOfACopyOrRewriteKeepsTheOldFile) {
                 fx.Write(Source, CopiedBytes);
                 const Target t = MakeTarget(fx, shape, oldBytes);
                 kestrova::testing::FaultInjector faults(files);
-                const QString faultPath = step == FileStep::Read ? Source : t.path;
+                // A move forces the file it was given, the copy's own text goes beside the target.
+                const bool onSource = step == FileStep::Read || (r.moves && step == FileStep::Sync);
+                const QString faultPath = onSource ? Source : t.path;
                 faults.Fail(step, LastName(faultPath), ENOSPC, copy && step == FileStep::Write ? 2 : 1);
                 QString subject, text;
                 try {
