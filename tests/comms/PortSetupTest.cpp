@@ -103,47 +103,36 @@ TEST(PortSetup, TheSmallestAndLargestFramingsAndPortsOpenAndAnyOtherFailsBeforeO
     EXPECT_FALSE(line.PortOpen());
 }
 
-TEST(Pause, BelowOneReturnsAtOnceWithoutRunningEvents) {
+TEST(Pause, EventsRunDuringAPauseClampedToItsLimitUntilItEndsOrIsStopped) {
     TestApplication();
-    PauseTimer pause;
-    bool ran = false;
-    QTimer::singleShot(0, [&] { ran = true; });
-    pause.Pause(0);
-    pause.Pause(-7);
-    EXPECT_FALSE(ran);
-    QCoreApplication::processEvents();
-    EXPECT_TRUE(ran);
-}
-
-TEST(Pause, EventsRunDuringAPauseAndItEndsWhenTheTimerFires) {
-    TestApplication();
-    PauseTimer pause;
-    int seenInterval = -1;
-    QTimer::singleShot(0, [&] { seenInterval = pause.Interval(); });
-    pause.Pause(20);
-    EXPECT_EQ(seenInterval, 20);
-    EXPECT_TRUE(pause.Elapsed());
-    EXPECT_EQ(pause.Interval(), 0);
-}
-
-TEST(Pause, LongPausesAreClampedAndStoppingTheTimerEndsThem) {
-    TestApplication();
-    PauseTimer pause;
-    int seenInterval = -1;
-    QTimer::singleShot(0, [&] {
-        seenInterval = pause.Interval();
-        pause.Cancel();
-    });
-    pause.Pause(100000);
-    EXPECT_EQ(seenInterval, 65535);
-    EXPECT_FALSE(pause.Elapsed());
-    EXPECT_EQ(pause.Interval(), 0);
+    const struct {
+        int ms;
+        bool stopped; // the timer is stopped from an event during the pause
+        int seen;     // the interval an event during the pause sees; -1: no event runs
+        bool elapsed;
+    } cases[] = {
+        {0, false, -1, false}, {-7, false, -1, false}, {20, false, 20, true}, {100000, true, 65535, false}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.ms);
+        PauseTimer pause;
+        int seen = -1;
+        QTimer::singleShot(0, [&] {
+            seen = pause.Interval();
+            if (c.stopped)
+                pause.Cancel();
+        });
+        pause.Pause(c.ms);
+        EXPECT_EQ(seen, c.seen);
+        EXPECT_EQ(pause.Elapsed(), c.elapsed);
+        EXPECT_EQ(pause.Interval(), 0);
+        QCoreApplication::processEvents(); // what did not run during the pause runs now
+        EXPECT_NE(seen, -1);
+    }
 }
 
 TEST(Pause, APauseStartedDuringAnotherTakesTheOneTimerOver) {
     TestApplication();
     PauseTimer& shared = PauseTimer::Shared();
-    EXPECT_EQ(&shared, &PauseTimer::Shared());
     bool innerDone = false;
     QTimer::singleShot(0, [&] {
         shared.Pause(5);
