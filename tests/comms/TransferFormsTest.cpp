@@ -97,30 +97,6 @@ TEST_F(TransferForms, TheSendFormShowsTheProgressAndEscAborts) {
     EXPECT_TRUE(fx.Messages().Log().isEmpty());
 }
 
-TEST_F(TransferForms, TheReceiveFormStoresWhatArrives) {
-    fx.Settings().ReceiveOperation = 2;
-    ReceiveForm form(fx.session(), Lines());
-    ASSERT_TRUE(form.Loaded());
-    EXPECT_EQ(form.windowTitle(), "Communications - Receive Program");
-    form.show();
-    auto* combo = form.findChild<QComboBox*>("ReceiveCombo");
-    combo->setEditText(" P9 ");
-    QString waiting;
-    When(
-        &script, [&] { return line->PortOpen(); },
-        [&] {
-            waiting = form.findChild<QLabel*>("ReceiveLabel")->text();
-            EXPECT_FALSE(combo->isVisible());
-            EXPECT_TRUE(form.findChild<QPushButton*>("ReceiveAbrt")->isVisible());
-            line->Feed("G1\nM30\n%");
-        });
-    form.findChild<QPushButton*>("ReceiveOk")->click();
-    EXPECT_EQ(waiting, "P9\n\nWaiting To Receive");
-    EXPECT_EQ(form.result(), QDialog::Accepted);
-    EXPECT_EQ(fx.Read("C:\\Jobs\\PUNCH1\\Parts\\P9.prg"), "G1\r\nM30\r\n%");
-    EXPECT_EQ(fx.Messages().Texts(), QStringList{"\"P9\" Received !"});
-}
-
 // Every file below a host directory but the last-file memory, which a receive rewrites, and the
 // transfer log, which it appends to.
 QStringList FilesBelow(const QString& hostDir) {
@@ -134,8 +110,8 @@ QStringList FilesBelow(const QString& hostDir) {
     return found;
 }
 
-// The ways text reaches a name box besides single keys.
-enum class Route { Keys, CtrlV, ShiftInsert, Drop, InputMethod };
+// The ways text reaches a name box besides single keys, and a program setting it past the filter.
+enum class Route { Keys, CtrlV, ShiftInsert, Drop, InputMethod, Set };
 
 // Text enters the receive form's name box as the operator would put it there: typed at the box
 // (the combo box, which holds the focus), pasted with either shortcut, dropped onto the text
@@ -170,24 +146,42 @@ void Enter(QComboBox* combo, Route route, const QString& text) {
         QApplication::sendEvent(field, &commit);
         break;
     }
+    case Route::Set:
+        combo->setEditText(text);
+        break;
     }
 }
 
+// The receive form stores what arrives under the name its box took, or refuses a name the key
+// filter would refuse however it got there.
 TEST_F(TransferForms, TheReceiveNameBoxTakesOnlyWhatTheKeyFilterTakes) {
     struct Case {
         const char* typed; // by keys first
         Route route;
         const char* entered; // then by the route
-        const char* stored;  // the program's name on disk
+        const char* stored;  // the program's name on disk; none: refused at OK
         bool beeps;
     };
     const Case cases[] = {
-        {"", Route::Keys, "..\\Typed", "..Typed", true}, {"", Route::Keys, "r*?\"<>|s", "rs", true},
-        {"", Route::Keys, "t:u v/w", "tu vw", true},     {"Pa", Route::CtrlV, "ste (1)", "Paste (1)", false},
-        {"A", Route::CtrlV, "..\\Up", "A", true},        {"B", Route::ShiftInsert, "q*?", "B", true},
-        {"C", Route::Drop, "_2+&", "C_2+&", false},      {"C", Route::Drop, "v/w", "C", true},
-        {"D", Route::InputMethod, "-9", "D-9", false},   {"D", Route::InputMethod, "t:u", "D", true},
+        {"", Route::Keys, "..\\Typed", "..Typed", true},
+        {"", Route::Keys, "r*?\"<>|s", "rs", true},
+        {"", Route::Keys, "t:u v/w", "tu vw", true},
+        {"Pa", Route::CtrlV, "ste (1)", "Paste (1)", false},
+        {"A", Route::CtrlV, "..\\Up", "A", true},
+        {"B", Route::ShiftInsert, "q*?", "B", true},
+        {"C", Route::Drop, "_2+&", "C_2+&", false},
+        {"C", Route::Drop, "v/w", "C", true},
+        {"D", Route::InputMethod, "-9", "D-9", false},
+        {"D", Route::InputMethod, "t:u", "D", true},
         {"E", Route::InputMethod, "\u00e9", "E", true},
+        {"", Route::Set, "..\\Up", nullptr, false},
+        {"", Route::Set, "..", nullptr, false},
+        {"", Route::Set, "a/b", nullptr, false},
+        {"", Route::Set, "q*?", nullptr, false},
+        {"", Route::Set, "t:u", nullptr, false},
+        {"", Route::Set, "\u00e9t\u00e9", nullptr, false},
+        {"", Route::Set, " -x\t", nullptr, false},
+        {"", Route::Set, "\x0b-x", nullptr, false},
     };
     fx.Settings().ReceiveOperation = 2;
     const QString root = fx.Host("C:\\");
@@ -197,18 +191,40 @@ TEST_F(TransferForms, TheReceiveNameBoxTakesOnlyWhatTheKeyFilterTakes) {
         fx.Messages().Clear();
         ReceiveForm form(fx.session(), Lines());
         ASSERT_TRUE(form.Loaded());
+        EXPECT_EQ(form.windowTitle(), "Communications - Receive Program");
         form.show();
         auto* combo = form.findChild<QComboBox*>("ReceiveCombo");
         combo->setFocus();
         Enter(combo, Route::Keys, QString::fromUtf8(c.typed));
         Enter(combo, c.route, QString::fromUtf8(c.entered));
-        EXPECT_EQ(combo->currentText(), QString::fromUtf8(c.stored));
+        EXPECT_EQ(combo->currentText(), QString::fromUtf8(c.stored ? c.stored : c.entered));
         EXPECT_EQ(fx.Messages().Beeps() > 0, c.beeps);
 
+        // While it waits, the name box gives way to the abort button.
+        QObject row;
+        QString waiting;
         When(
-            &script, [&] { return line && line->PortOpen(); }, [&] { line->Feed("G1\n%"); });
+            &row, [&] { return line && line->PortOpen(); },
+            [&] {
+                waiting = form.findChild<QLabel*>("ReceiveLabel")->text();
+                EXPECT_FALSE(combo->isVisible());
+                EXPECT_TRUE(form.findChild<QPushButton*>("ReceiveAbrt")->isVisible());
+                if (c.stored)
+                    line->Feed("G1\n%");
+                else
+                    form.Receive().ReceiveAbrt_Click();
+            });
         fx.Messages().Clear();
         form.findChild<QPushButton*>("ReceiveOk")->click();
+        if (!c.stored) {
+            EXPECT_EQ(fx.Messages().Log(), (QStringList{"<beep>", "Invalid File Name !"}));
+            EXPECT_TRUE(form.isVisible());
+            EXPECT_EQ(line->Opens(), 0);
+            EXPECT_EQ(FilesBelow(root), before);
+            continue;
+        }
+        EXPECT_EQ(waiting, QString::fromUtf8(c.stored) + "\n\nWaiting To Receive");
+        EXPECT_EQ(form.result(), QDialog::Accepted);
         const QString stored = QStringLiteral("C:\\Jobs\\PUNCH1\\Parts\\") + c.stored + ".prg";
         ASSERT_TRUE(fx.OnDisk(stored));
         EXPECT_EQ(fx.Read(stored), "G1\r\n%");
@@ -218,28 +234,6 @@ TEST_F(TransferForms, TheReceiveNameBoxTakesOnlyWhatTheKeyFilterTakes) {
         EXPECT_EQ(after, before) << "nothing but the program lands anywhere";
         fx.Remove(stored);
     }
-}
-
-TEST_F(TransferForms, TheReceiveOkRefusesANameTheKeyFilterWouldRefuse) {
-    fx.Settings().ReceiveOperation = 2;
-    ReceiveForm form(fx.session(), Lines());
-    ASSERT_TRUE(form.Loaded());
-    form.show();
-    auto* combo = form.findChild<QComboBox*>("ReceiveCombo");
-    const QString root = fx.Host("C:\\");
-    const QStringList before = FilesBelow(root);
-    for (const char* name : {"..\\Up", "..", "a/b", "q*?", "t:u", "\u00e9t\u00e9", " -x\t", "\x0b-x"}) {
-        SCOPED_TRACE(name);
-        fx.Messages().Clear();
-        combo->setEditText(QString::fromUtf8(name)); // as a program would set it, past the filter
-        When(
-            &script, [&] { return line->PortOpen(); }, [&] { form.Receive().ReceiveAbrt_Click(); });
-        form.findChild<QPushButton*>("ReceiveOk")->click();
-        EXPECT_EQ(fx.Messages().Log(), (QStringList{"<beep>", "Invalid File Name !"}));
-        EXPECT_TRUE(form.isVisible());
-        EXPECT_EQ(line->Opens(), 0);
-    }
-    EXPECT_EQ(FilesBelow(root), before);
 }
 
 TEST_F(TransferForms, DirectoryListsFollowTheirCurrentItemHoweverItIsChosen) {
