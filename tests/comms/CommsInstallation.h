@@ -37,6 +37,12 @@ inline void SetValues(const InstallationFixture& fx, const QString& file, const 
     fx.WriteLines(file, lines);
 }
 
+// A file's bytes, or "<missing>": a table row that finds no file fails by its name, and the rows
+// after it still run.
+inline QByteArray Contents(const InstallationFixture& fx, const QString& path) {
+    return fx.OnDisk(path) ? fx.Read(path) : QByteArray("<missing>");
+}
+
 // The background receive of a fresh installation over a scripted line. The installation's
 // "Kestrova.cms" listens on COM2 with a "%" trailer and NUL and DEL filtered, unless Start is
 // given other values; files may be changed before Start, and the device may be missing then.

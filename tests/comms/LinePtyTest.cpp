@@ -116,6 +116,10 @@ TEST_F(LinePty, TheBackgroundDeviceMissingAtStartUpOrRemovedComesBackByItself) {
     RunEventsUntil([] { return false; }, 200);
     ASSERT_EQ(fx.Messages().Texts().size(), 2); // one more, for the loss
     EXPECT_TRUE(fx.Messages().Texts().last().contains("\"COM2\""));
+    // The program cut off is neither filed nor listed, nor kept for the next one.
+    EXPECT_FALSE(receive.Receiving());
+    EXPECT_FALSE(fx.OnDisk(receive.TempPath()));
+    EXPECT_EQ(fx.ReadLines("C:\\Kestrova\\Receive.lst").size(), 1);
 
     control.reset();
     control = std::make_unique<PtyControl>(link); // and put back

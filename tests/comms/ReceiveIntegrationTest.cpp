@@ -67,19 +67,3 @@ TEST_F(ReceiveIntegration, WithAndWithoutTheHeaderLinesAndTwoProgramsInOneWrite)
     EXPECT_TRUE(second == "%B2\r\n" || second == "B2\r\n") << second.toStdString();
     EXPECT_TRUE(fx.Messages().Texts().isEmpty());
 }
-
-TEST_F(ReceiveIntegration, AHangUpInTheMiddleFilesNothingAndIsReportedOnce) {
-    machine->Run("send " + Program("G1\r\nG2\r\nG3"));
-    ASSERT_TRUE(
-        RunEventsUntil([&] { return receive->Receiving() && fx.OnDisk("C:\\Kestrova\\Receive.tmp"); }));
-    machine->Run("hangup");
-    ASSERT_TRUE(RunEventsUntil([&] { return !fx.Messages().Texts().isEmpty(); }));
-    EXPECT_FALSE(receive->Line().PortOpen());
-    RunEventsUntil([] { return false; }, 300);
-    ASSERT_EQ(fx.Messages().Texts().size(), 1);
-    EXPECT_TRUE(fx.Messages().Texts().first().contains("\"COM2\""));
-    EXPECT_FALSE(fx.OnDisk("C:\\Kestrova\\Receive.tmp"));
-    EXPECT_FALSE(fx.OnDisk("C:\\Kestrova\\Receive.lst"));
-    EXPECT_TRUE(filed.isEmpty());
-    EXPECT_FALSE(receive->Receiving());
-}
