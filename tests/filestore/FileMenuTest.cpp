@@ -1,8 +1,5 @@
 // The File menu's file store entries on the main window, with its forms played from the keyboard.
-#include "Frontend/FrontEnd.h"
-#include "Frontend/StartUp.h"
-#include "Frontend/StatusBox.h"
-#include "InstallationFixture.h"
+#include "MainWindowFixture.h"
 #include "ModalScript.h"
 #include "ScriptedSerialLine.h"
 
@@ -20,19 +17,12 @@ using namespace kestrova::testing;
 
 namespace {
 
-class FileMenuTest : public ::testing::Test {
+class FileMenuTest : public MainWindowFixture {
 protected:
     void SetUp() override {
-        ASSERT_EQ(LoadAtStartUp(fx.session()), 0);
-        window = std::make_unique<FrontEnd>(fx.session(), launcher);
+        Open();
         window->SetFormLines([] { return std::make_unique<ScriptedSerialLine>(); });
         window->AddMachineChangedHook([this] { ++machineChanges; });
-        window->show();
-    }
-    void Trigger(const char* entry) { window->Entry(QString::fromLatin1(entry))->trigger(); }
-    QString Status() {
-        const auto* status = window->findChild<StatusBox*>("StatusBar");
-        return status->LeftText() + "|" + status->RightText();
     }
     // The machine chosen in the machine form with the keys given.
     void ChooseMachine(QList<Qt::Key> keys) {
@@ -42,9 +32,6 @@ protected:
         });
         Trigger("MachineItem");
     }
-    InstallationFixture fx;
-    ProgramLauncher launcher{fx.Files()};
-    std::unique_ptr<FrontEnd> window;
     QObject script;
     int machineChanges = 0;
 };
@@ -53,7 +40,7 @@ protected:
 
 TEST_F(FileMenuTest, SelectMachineMakesTheChoiceCurrentAndSetsTheWindowUpForIt) {
     fx.WriteLines("C:\\Kestrova\\Lastfile.lst", {"Parts", "Bracket", "******"});
-    EXPECT_FALSE(window->Entry("RainerMenu")->isVisible());
+    EXPECT_FALSE(Entry("RainerMenu")->isVisible());
 
     ChooseMachine({Qt::Key_Escape});
     EXPECT_EQ(fx.ReadLines("C:\\Kestrova\\Kestrova.cfg").value(3), "1") << "Cancel changes nothing";
@@ -67,9 +54,9 @@ TEST_F(FileMenuTest, SelectMachineMakesTheChoiceCurrentAndSetsTheWindowUpForIt) 
         << "the machine has no \"Parts\": its own directory is current";
     EXPECT_EQ(fx.ReadLines("C:\\Kestrova\\Lastfile.lst"), (QStringList{"******"}));
     EXPECT_EQ(machineChanges, 1) << "the background receive is set up again";
-    EXPECT_TRUE(window->Entry("RainerMenu")->isVisible()) << "the menus follow the machine";
+    EXPECT_TRUE(Entry("RainerMenu")->isVisible()) << "the menus follow the machine";
     EXPECT_EQ(Status(), " Kestrova|Rainer Combi 1250 ");
-    EXPECT_TRUE(window->Entry("FileMenu")->isEnabled());
+    EXPECT_TRUE(Entry("FileMenu")->isEnabled());
     EXPECT_TRUE(fx.Messages().Log().isEmpty());
 
     // A machine whose data cannot be loaded: one message naming the file, the machine as it was.
@@ -81,7 +68,7 @@ TEST_F(FileMenuTest, SelectMachineMakesTheChoiceCurrentAndSetsTheWindowUpForIt) 
     EXPECT_EQ(int(g.MachineNumber), 2);
     EXPECT_EQ(fx.ReadLines("C:\\Kestrova\\Kestrova.cfg").value(3), "2");
     EXPECT_EQ(Status(), " Kestrova|Rainer Combi 1250 ");
-    EXPECT_TRUE(window->Entry("FileMenu")->isEnabled());
+    EXPECT_TRUE(Entry("FileMenu")->isEnabled());
 }
 
 // Machine descriptions with bytes 0x80..0x9F are shown as Windows-1252 in the machine form and

@@ -1,6 +1,5 @@
 #include "Frontend/PackageStart.h"
 
-#include "InstallationFixture.h"
 #include "RecordingFrame.h"
 #include "filestore/LastFile.h"
 
@@ -8,21 +7,15 @@
 #include <gtest/gtest.h>
 
 using namespace kestrova;
-using kestrova::testing::InstallationFixture;
-using kestrova::testing::RecordingFrame;
+using namespace kestrova::testing;
 
 namespace {
 
 const QString Program = QStringLiteral("C:\\Kestrova\\");
 
-class PackageStartTest : public ::testing::Test {
+class PackageStartTest : public FrameTest {
 protected:
-    void SetUp() override { fixture.Load(); }
-    void Start(Package package) { StartPackage(fixture.session(), launcher, frame, package); }
-
-    InstallationFixture fixture;
-    ProgramLauncher launcher{fixture.Files()};
-    RecordingFrame frame;
+    void Start(Package package) { StartPackage(fx.session(), launcher, frame, package); }
 };
 
 TEST_F(PackageStartTest, AMissingPackageIsReportedAndNothingElseHappens) {
@@ -36,12 +29,12 @@ TEST_F(PackageStartTest, AMissingPackageIsReportedAndNothingElseHappens) {
         {Package::ShapesTooling, "Shapes & Tooling is Unavailable !"}};
     QStringList expected;
     for (const auto& [package, text] : packages) {
-        fixture.Remove(Program + InfoOf(package).executable);
+        fx.Remove(Program + InfoOf(package).executable);
         Start(package);
         expected << QStringLiteral("<beep>") << QString::fromLatin1(text);
     }
-    EXPECT_EQ(fixture.Messages().Log(), expected);
-    for (const auto& shown : fixture.Messages().Messages()) {
+    EXPECT_EQ(fx.Messages().Log(), expected);
+    for (const auto& shown : fx.Messages().Messages()) {
         EXPECT_EQ(shown.message.buttons, Buttons::Ok);
         EXPECT_EQ(shown.message.icon, Icon::Exclamation);
         EXPECT_EQ(shown.message.title, QStringLiteral("Kestrova"));
@@ -74,30 +67,30 @@ TEST_F(PackageStartTest, APackageIsFollowedByAReloadOnlyWhenItMayChangeTheMachin
         const QString entry = InfoOf(row.package).entry;
         SCOPED_TRACE(entry.toStdString());
         frame.log.clear();
-        RememberLastFile(fixture.session(), QStringLiteral("Parts"), QStringLiteral("Bracket"));
-        fixture.WriteLines(Program + "Next.cfg", {"C:\\Kestrova", "C:\\Kestrova\\Setup", "C:\\Jobs",
-                                                  row.machine, row.directory, "******"});
-        fixture.WriteProgram(Program + InfoOf(row.package).executable, "cp Next.cfg Kestrova.cfg");
+        RememberLastFile(fx.session(), QStringLiteral("Parts"), QStringLiteral("Bracket"));
+        fx.WriteLines(Program + "Next.cfg", {"C:\\Kestrova", "C:\\Kestrova\\Setup", "C:\\Jobs", row.machine,
+                                             row.directory, "******"});
+        fx.WriteProgram(Program + InfoOf(row.package).executable, "cp Next.cfg Kestrova.cfg");
         Start(row.package);
         EXPECT_EQ(frame.log, QStringList{"disable " + entry} + row.reload + QStringList{"enable " + entry});
-        EXPECT_EQ(fixture.Settings().MachineNumber, row.machineAfter);
-        EXPECT_EQ(fixture.Settings().CurrentDir, row.directoryAfter);
+        EXPECT_EQ(fx.Settings().MachineNumber, row.machineAfter);
+        EXPECT_EQ(fx.Settings().CurrentDir, row.directoryAfter);
         // The remembered drawing was one of the machine before.
-        EXPECT_EQ(fixture.ReadLines(Program + "Lastfile.lst").size(), row.machineAfter == 1 ? 3 : 1);
-        EXPECT_TRUE(fixture.Messages().Log().isEmpty());
+        EXPECT_EQ(fx.ReadLines(Program + "Lastfile.lst").size(), row.machineAfter == 1 ? 3 : 1);
+        EXPECT_TRUE(fx.Messages().Log().isEmpty());
     }
-    EXPECT_EQ(fixture.Settings().MachineDescription, QStringLiteral("Rainer Combi 1250"));
+    EXPECT_EQ(fx.Settings().MachineDescription, QStringLiteral("Rainer Combi 1250"));
 }
 
 TEST_F(PackageStartTest, APackageThatCannotStartOnThisHostChangesNothing) {
     if (!QStandardPaths::findExecutable(QStringLiteral("wine")).isEmpty())
-        GTEST_SKIP() << "wine is installed: the fixture's Windows stand-ins would run";
-    fixture.WriteLines(Program + "Kestrova.cfg",
-                       {"C:\\Kestrova", "C:\\Kestrova\\Setup", "C:\\Jobs", "2", "Kestrova", "******"});
+        GTEST_SKIP() << "wine is installed: the fx's Windows stand-ins would run";
+    fx.WriteLines(Program + "Kestrova.cfg",
+                  {"C:\\Kestrova", "C:\\Kestrova\\Setup", "C:\\Jobs", "2", "Kestrova", "******"});
     Start(Package::Drawing);
     EXPECT_TRUE(frame.log.isEmpty());
-    EXPECT_TRUE(fixture.Messages().Log().isEmpty());
-    EXPECT_EQ(fixture.Settings().MachineNumber, 1);
+    EXPECT_TRUE(fx.Messages().Log().isEmpty());
+    EXPECT_EQ(fx.Settings().MachineNumber, 1);
 }
 
 } // namespace

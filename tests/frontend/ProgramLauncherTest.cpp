@@ -1,44 +1,26 @@
 #include "platform/ProgramLauncher.h"
 
-#include "InstallationFixture.h"
+#include "RecordingFrame.h"
 
 #include <QStandardPaths>
 #include <gtest/gtest.h>
 
 using namespace kestrova;
-using kestrova::testing::InstallationFixture;
+using namespace kestrova::testing;
 
 namespace {
 
-// Stands in for the built-in editor: remembers what it opened and is done at once.
-struct EditorDouble {
-    struct Closed final : StartedProgram {
-        [[nodiscard]] bool Running() const override { return false; }
-    };
-    QStringList opened;
-    ProgramLauncher::EditorWindow Factory() {
-        return [this](const QString& file) {
-            opened << file;
-            return std::make_unique<Closed>();
-        };
-    }
-};
-
-class ProgramLauncherTest : public ::testing::Test {
+class ProgramLauncherTest : public FrameTest {
 protected:
     void SetUp() override {
-        fixture.Files().ChangeDrive(QStringLiteral("C:"));
-        fixture.Files().ChangeDirectory(QStringLiteral("C:\\Kestrova"));
-        launcher.SetBuiltInEditor(editor.Factory());
+        FrameTest::SetUp();
+        fx.Files().ChangeDrive(QStringLiteral("C:"));
+        fx.Files().ChangeDirectory(QStringLiteral("C:\\Kestrova"));
         // Records how it was called: the number of arguments, each argument, the directory.
-        fixture.WriteProgram(QStringLiteral("C:\\Tools\\Record.exe"),
-                             "printf '%s\\r\\n' \"$#\" \"$@\" \"$(pwd)\" > Record.txt");
+        fx.WriteProgram(QStringLiteral("C:\\Tools\\Record.exe"),
+                        "printf '%s\\r\\n' \"$#\" \"$@\" \"$(pwd)\" > Record.txt");
     }
-    QStringList Recorded() { return fixture.ReadLines(QStringLiteral("C:\\Kestrova\\Record.txt")); }
-
-    InstallationFixture fixture;
-    ProgramLauncher launcher{fixture.Files()};
-    EditorDouble editor;
+    QStringList Recorded() { return fx.ReadLines(QStringLiteral("C:\\Kestrova\\Record.txt")); }
 };
 
 TEST_F(ProgramLauncherTest, AnExecutableRunsInTheCurrentDirectoryWithHostFileNames) {
@@ -46,7 +28,7 @@ TEST_F(ProgramLauncherTest, AnExecutableRunsInTheCurrentDirectoryWithHostFileNam
     ASSERT_TRUE(program);
     EXPECT_TRUE(WaitFor(*program));
     EXPECT_FALSE(program->Running());
-    EXPECT_EQ(Recorded(), (QStringList{"1", fixture.Host("C:\\Kestrova\\Kestrova.cms"), fixture.StartDir()}));
+    EXPECT_EQ(Recorded(), (QStringList{"1", fx.Host("C:\\Kestrova\\Kestrova.cms"), fx.StartDir()}));
 }
 
 TEST_F(ProgramLauncherTest, WhatCannotStartGivesNothing) {
@@ -57,10 +39,10 @@ TEST_F(ProgramLauncherTest, WhatCannotStartGivesNothing) {
     // A plain file that is not a program at all.
     EXPECT_FALSE(launcher.Start(QStringLiteral("C:\\Kestrova\\Machine.lst")));
     if (QStandardPaths::findExecutable(QStringLiteral("wine")).isEmpty()) {
-        // A Windows program needs wine; the fixture's stand-ins are not executable.
+        // A Windows program needs wine; the fx's stand-ins are not executable.
         EXPECT_FALSE(launcher.Start(QStringLiteral("C:\\Kestrova\\Kestrdrw.exe")));
     }
-    EXPECT_TRUE(editor.opened.isEmpty());
+    EXPECT_TRUE(builtIn.isEmpty());
 }
 
 } // namespace

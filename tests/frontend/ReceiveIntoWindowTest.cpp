@@ -1,12 +1,8 @@
 // Programs sent by the simulated machine control through a real pseudo-terminal into the
 // running main window, whose background receive listens on the host's port as in the program.
-#include "Frontend/FrontEnd.h"
-#include "Frontend/StartUp.h"
-#include "InstallationFixture.h"
+#include "MainWindowFixture.h"
 #include "SimulatorProcess.h"
-#include "TestApplication.h"
 #include "comms/BackgroundReceive.h"
-#include "settings/SettingsFile.h"
 
 #include <QDirIterator>
 #include <QFile>
@@ -20,18 +16,13 @@ namespace {
 const QString Parts = QStringLiteral("C:\\Jobs\\PUNCH1\\Parts\\");
 const QString Machine = QStringLiteral(" for Trumpf Punch 5000");
 
-class ReceiveIntoWindow : public ::testing::Test {
+class ReceiveIntoWindow : public MainWindowFixture {
 protected:
     void SetUp() override {
         machine = std::make_unique<SimulatorProcess>(fx.Host(QStringLiteral("C:\\Kestrova\\Devices.cfg")), 2);
-        QStringList cms = fx.ReadLines(QStringLiteral("C:\\Kestrova\\Kestrova.cms"));
-        cms[1] = LabelledLine("Port", "2");
-        fx.WriteLines(QStringLiteral("C:\\Kestrova\\Kestrova.cms"), cms);
+        UseBackgroundPort(2);
         // The installation's device map is read from here on, with the machine's port in it.
-        ASSERT_EQ(LoadAtStartUp(fx.session()), 0);
-        launcher = std::make_unique<ProgramLauncher>(fx.Files());
-        window = std::make_unique<FrontEnd>(fx.session(), *launcher);
-        window->show();
+        Open();
         ASSERT_TRUE(window->Receive().Line().PortOpen()) << fx.Messages().Log().join(u'|').toStdString();
         machine->Run(QStringLiteral("wait-open 5000"));
         m_before = Files();
@@ -50,9 +41,7 @@ protected:
     bool Listed(int count) {
         return RunEventsUntil([&] { return window->ReceivedPrograms().size() >= count; });
     }
-    bool FrameShown() const {
-        return window->findChild<QWidget*>(QStringLiteral("ReceiveFrame"))->isVisible();
-    }
+    bool FrameShown() const { return Child("ReceiveFrame")->isVisible(); }
     // Every file of the installation but the program files sent, "Receive.lst" and "Receive.tmp"
     // (the last program received stays there until the next one starts or the receive stops).
     QStringList Files() const {
@@ -76,10 +65,7 @@ protected:
         return added;
     }
 
-    InstallationFixture fx;
-    std::unique_ptr<ProgramLauncher> launcher;
     std::unique_ptr<SimulatorProcess> machine;
-    std::unique_ptr<FrontEnd> window;
 
 private:
     int m_files = 0;

@@ -1,8 +1,11 @@
 #pragma once
 
 #include "Frontend/MainWindowFrame.h"
+#include "InstallationFixture.h"
+#include "platform/ProgramLauncher.h"
 
 #include <QStringList>
+#include <gtest/gtest.h>
 
 namespace kestrova::testing {
 
@@ -29,6 +32,28 @@ public:
 
     QStringList log;
     bool hidden = false;
+};
+
+// The routines behind the main window's entries run on a loaded installation with its program
+// launcher and a recording frame; the built-in editor stands in as one that is closed at once,
+// remembering the files it opened.
+class FrameTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        fx.Load();
+        launcher.SetBuiltInEditor([this](const QString& file) {
+            builtIn << file;
+            struct Closed final : StartedProgram {
+                [[nodiscard]] bool Running() const override { return false; }
+            };
+            return std::make_unique<Closed>();
+        });
+    }
+
+    InstallationFixture fx;
+    ProgramLauncher launcher{fx.Files()};
+    RecordingFrame frame;
+    QStringList builtIn;
 };
 
 } // namespace kestrova::testing

@@ -1,46 +1,41 @@
 #include "settings/RestoreDefaults.h"
 
-#include "InstallationFixture.h"
 #include "RecordingFrame.h"
 
 #include <gtest/gtest.h>
 
 using namespace kestrova;
-using kestrova::testing::InstallationFixture;
-using kestrova::testing::RecordingFrame;
+using namespace kestrova::testing;
 
 namespace {
 
 const QString Data = QStringLiteral("C:\\Kestrova\\Setup\\Data\\");
 
-class RestoreDefaultsTest : public ::testing::Test {
+class RestoreDefaultsTest : public FrameTest {
 protected:
     // Loads (which keeps the delivered files as the defaults), then changes every machine file.
     void LoadAndChange() {
-        fixture.Load();
-        fixture.Write(QStringLiteral("C:\\Kestrova\\Setup\\Data\\Default\\Kestrova.cms"), "delivered\r\n");
+        fx.Load();
+        fx.Write(QStringLiteral("C:\\Kestrova\\Setup\\Data\\Default\\Kestrova.cms"), "delivered\r\n");
         for (const char* ext : {"cms", "mch", "msr", "trt", "wrd", "nst", "xpt"})
-            fixture.Write(Data + "PUNCH1." + ext, "changed\r\n");
-        fixture.Write(QStringLiteral("C:\\Kestrova\\Kestrova.cms"), "changed\r\n");
-        fixture.Write(Data + "RAINER.mch", "changed\r\n");
+            fx.Write(Data + "PUNCH1." + ext, "changed\r\n");
+        fx.Write(QStringLiteral("C:\\Kestrova\\Kestrova.cms"), "changed\r\n");
+        fx.Write(Data + "RAINER.mch", "changed\r\n");
     }
     [[nodiscard]] bool Restored(const QString& file) {
-        return fixture.Read(file) ==
-               fixture.Read(QStringLiteral("C:\\Kestrova\\Setup\\Data\\Default\\") + file.section(u'\\', -1));
+        return fx.Read(file) ==
+               fx.Read(QStringLiteral("C:\\Kestrova\\Setup\\Data\\Default\\") + file.section(u'\\', -1));
     }
-    [[nodiscard]] bool Changed(const QString& file) { return fixture.Read(file) == "changed\r\n"; }
-
-    InstallationFixture fixture;
-    RecordingFrame frame;
+    [[nodiscard]] bool Changed(const QString& file) { return fx.Read(file) == "changed\r\n"; }
 };
 
 TEST_F(RestoreDefaultsTest, OkPutsBackTheMachinesFilesButNotItsNestingAndExportSettings) {
     LoadAndChange();
-    fixture.Messages().Script({Answer::Ok});
-    RestoreDefaults(fixture.session(), frame);
+    fx.Messages().Script({Answer::Ok});
+    RestoreDefaults(fx.session(), frame);
 
-    ASSERT_EQ(fixture.Messages().Messages().size(), 1);
-    const Message& warning = fixture.Messages().Messages().first().message;
+    ASSERT_EQ(fx.Messages().Messages().size(), 1);
+    const Message& warning = fx.Messages().Messages().first().message;
     EXPECT_EQ(warning.text,
               QStringLiteral("Any Changes To The Data Files For\nTrumpf Punch 5000\nWill be Lost ! "));
     EXPECT_EQ(warning.buttons, Buttons::OkCancel);
@@ -55,27 +50,27 @@ TEST_F(RestoreDefaultsTest, OkPutsBackTheMachinesFilesButNotItsNestingAndExportS
     EXPECT_TRUE(Changed(Data + "PUNCH1.xpt"));
     EXPECT_TRUE(Changed(Data + "RAINER.mch")); // only the current machine
     EXPECT_EQ(frame.log, (QStringList{"lock", "unlock"}));
-    EXPECT_EQ(fixture.Messages().BusyCount(), 1);
-    EXPECT_EQ(fixture.Messages().BusyDepth(), 0);
-    EXPECT_EQ(fixture.Settings().LastAnswer, int(Answer::Ok));
+    EXPECT_EQ(fx.Messages().BusyCount(), 1);
+    EXPECT_EQ(fx.Messages().BusyDepth(), 0);
+    EXPECT_EQ(fx.Settings().LastAnswer, int(Answer::Ok));
 }
 
 TEST_F(RestoreDefaultsTest, CancelChangesNothing) {
     LoadAndChange();
-    fixture.Messages().Script({Answer::Cancel});
-    RestoreDefaults(fixture.session(), frame);
+    fx.Messages().Script({Answer::Cancel});
+    RestoreDefaults(fx.session(), frame);
     for (const char* ext : {"cms", "mch", "msr"})
         EXPECT_TRUE(Changed(Data + "PUNCH1." + ext)) << ext;
     EXPECT_TRUE(Changed(QStringLiteral("C:\\Kestrova\\Kestrova.cms")));
     EXPECT_TRUE(frame.log.isEmpty());
-    EXPECT_EQ(fixture.Messages().BusyCount(), 0);
+    EXPECT_EQ(fx.Messages().BusyCount(), 0);
 }
 
 TEST_F(RestoreDefaultsTest, WithoutTheCamPackagesOnlyTheCommunicationFilesComeBack) {
-    fixture.Remove(QStringLiteral("C:\\Kestrova\\Kestrprg.exe"));
+    fx.Remove(QStringLiteral("C:\\Kestrova\\Kestrprg.exe"));
     LoadAndChange();
-    fixture.Messages().Script({Answer::Ok});
-    RestoreDefaults(fixture.session(), frame);
+    fx.Messages().Script({Answer::Ok});
+    RestoreDefaults(fx.session(), frame);
     EXPECT_TRUE(Restored(Data + "PUNCH1.cms"));
     EXPECT_TRUE(Restored(QStringLiteral("C:\\Kestrova\\Kestrova.cms")));
     for (const char* ext : {"mch", "msr", "trt", "wrd"})
@@ -84,10 +79,10 @@ TEST_F(RestoreDefaultsTest, WithoutTheCamPackagesOnlyTheCommunicationFilesComeBa
 
 TEST_F(RestoreDefaultsTest, AMissingDefaultLeavesTheMachinesFile) {
     LoadAndChange();
-    fixture.Remove(QStringLiteral("C:\\Kestrova\\Setup\\Data\\Default\\PUNCH1.mch"));
-    fixture.Remove(QStringLiteral("C:\\Kestrova\\Setup\\Data\\Default\\Kestrova.cms"));
-    fixture.Messages().Script({Answer::Ok});
-    RestoreDefaults(fixture.session(), frame);
+    fx.Remove(QStringLiteral("C:\\Kestrova\\Setup\\Data\\Default\\PUNCH1.mch"));
+    fx.Remove(QStringLiteral("C:\\Kestrova\\Setup\\Data\\Default\\Kestrova.cms"));
+    fx.Messages().Script({Answer::Ok});
+    RestoreDefaults(fx.session(), frame);
     EXPECT_TRUE(Changed(Data + "PUNCH1.mch"));
     EXPECT_TRUE(Changed(QStringLiteral("C:\\Kestrova\\Kestrova.cms")));
     EXPECT_TRUE(Restored(Data + "PUNCH1.msr"));
