@@ -49,7 +49,13 @@ protected:
         check->setFocus();
         QTest::keyClick(check, Qt::Key_Space);
     }
-    void Ok() { QTest::keyClick(form->focusWidget(), Qt::Key_Return); }
+    // Enter on the control that has the focus, the questions answered as given; what was said.
+    QStringList Ok(std::initializer_list<Answer> answers = {}) {
+        fx.Messages().Clear();
+        fx.Messages().Script(answers);
+        QTest::keyClick(form->focusWidget(), Qt::Key_Return);
+        return fx.Messages().Log();
+    }
     InstallationFixture fx;
     std::unique_ptr<FileForm> form;
 };
@@ -60,17 +66,12 @@ TEST_F(FileFormTest, DeleteAsksForOneOrManyAndCounts) {
     Open(1);
     EXPECT_EQ(form->windowTitle(), "Delete Files");
     EXPECT_EQ(Entries("FileList"), (QStringList{"bracket-2", "Bracket", "Cover", "X"}));
-    Ok();
-    EXPECT_EQ(fx.Messages().Log(), (QStringList{"<beep>", "No Files Selected !"}));
+    EXPECT_EQ(Ok(), (QStringList{"<beep>", "No Files Selected !"}));
 
     Choose("FileList", "Cover");
-    for (const Answer answer : {Answer::No, Answer::Yes}) {
-        fx.Messages().Clear();
-        fx.Messages().Script({answer});
-        Ok();
-        EXPECT_EQ(fx.Messages().Texts().first(), "Delete \"Cover\" ?");
-    }
-    EXPECT_EQ(fx.Messages().Texts(), (QStringList{"Delete \"Cover\" ?", "1 File Deleted !"}));
+    EXPECT_EQ(Ok({Answer::No}), QStringList{"Delete \"Cover\" ?"});
+    EXPECT_TRUE(fx.OnDisk(Parts + "Cover.prg"));
+    EXPECT_EQ(Ok({Answer::Yes}), (QStringList{"Delete \"Cover\" ?", "1 File Deleted !"}));
     EXPECT_FALSE(fx.OnDisk(Parts + "Cover.prg"));
     EXPECT_EQ(Entries("FileList"), (QStringList{"bracket-2", "Bracket", "X"}));
 
@@ -79,10 +80,7 @@ TEST_F(FileFormTest, DeleteAsksForOneOrManyAndCounts) {
     EXPECT_FALSE(form->findChild<QCheckBox*>("FileCheck1")->isChecked());
     List("FileList")->setFocus();
     QTest::keyClick(List("FileList"), Qt::Key_A, Qt::ControlModifier);
-    fx.Messages().Clear();
-    fx.Messages().Script({Answer::Yes});
-    Ok();
-    EXPECT_EQ(fx.Messages().Texts(), (QStringList{"Delete 3 Files ?", "3 Files Deleted !"}));
+    EXPECT_EQ(Ok({Answer::Yes}), (QStringList{"Delete 3 Files ?", "3 Files Deleted !"}));
     EXPECT_TRUE(fx.OnDisk(Parts + "Bracket.drw"));
     EXPECT_TRUE(fx.OnDisk(Parts + "X.drw"));
     EXPECT_FALSE(fx.OnDisk(Parts + "X.prg"));
@@ -92,22 +90,16 @@ TEST_F(FileFormTest, DeleteAsksForOneOrManyAndCounts) {
 TEST_F(FileFormTest, RenameAndCopyAsCheckTheNameAndAskFirst) {
     Open(2);
     EXPECT_EQ(form->windowTitle(), "Rename File");
-    Ok();
-    EXPECT_EQ(fx.Messages().Log(), (QStringList{"<beep>", "No File Selected !"}));
+    EXPECT_EQ(Ok(), (QStringList{"<beep>", "No File Selected !"}));
     Choose("FileList", "Bracket");
     auto* box = form->findChild<QLineEdit*>("FileBox");
     EXPECT_EQ(box->text(), "Bracket") << "the old name is offered to change";
     box->clear();
-    fx.Messages().Clear();
-    QTest::keyClick(box, Qt::Key_Return);
-    EXPECT_EQ(fx.Messages().Log(), (QStringList{"<beep>", "Invalid File Name !"}));
+    EXPECT_EQ(Ok(), (QStringList{"<beep>", "Invalid File Name !"}));
     EXPECT_EQ(form->focusWidget(), box);
 
     QTest::keyClicks(box, "Bracket (left)");
-    fx.Messages().Clear();
-    fx.Messages().Script({Answer::Yes});
-    QTest::keyClick(box, Qt::Key_Return);
-    EXPECT_EQ(fx.Messages().Texts(),
+    EXPECT_EQ(Ok({Answer::Yes}),
               (QStringList{"Rename \"Bracket\"\nAs \"Bracket (left)\" ?", "1 File Renamed !"}));
     EXPECT_EQ(fx.Read(Parts + "Bracket (left).drw"), "drawing\r\n");
     EXPECT_FALSE(fx.OnDisk(Parts + "Bracket.prg"));
@@ -120,10 +112,7 @@ TEST_F(FileFormTest, RenameAndCopyAsCheckTheNameAndAskFirst) {
     box->setFocus();
     box->selectAll();
     QTest::keyClicks(box, "Cover");
-    fx.Messages().Clear();
-    fx.Messages().Script({Answer::Yes, Answer::No});
-    QTest::keyClick(box, Qt::Key_Return);
-    EXPECT_EQ(fx.Messages().Texts(),
+    EXPECT_EQ(Ok({Answer::Yes, Answer::No}),
               (QStringList{"Copy \"X\"\nAs \"Cover\" ?", "\"Cover\" Already Exists !\n\nOverwrite It ?",
                            "No Files Copied !"}));
     EXPECT_EQ(fx.Read(Parts + "Cover.prg"), "%\r\nG00 X0 Y0\r\n%\r\n");
@@ -145,14 +134,9 @@ TEST_F(FileFormTest, MoveToAnotherMachineTakesOnlyWhatMayLeaveIt) {
     Choose("MachineList", "Laser 3030 Terminal");
     EXPECT_EQ(Entries("DirectoryList"),
               (QStringList{"Kestrova", "A: [Floppy Disk]", "E: [Removable Drive]", "G: [Removable Drive]"}));
-    fx.Messages().Clear();
-    Ok();
-    EXPECT_EQ(fx.Messages().Log(), (QStringList{"<beep>", "No Directory Selected !"}));
+    EXPECT_EQ(Ok(), (QStringList{"<beep>", "No Directory Selected !"}));
     Choose("DirectoryList", "Kestrova");
-    fx.Messages().Clear();
-    fx.Messages().Script({Answer::Yes});
-    Ok();
-    EXPECT_EQ(fx.Messages().Texts(), (QStringList{"Move \"X\"\nTo \"Kestrova\" ?", "1 File Moved !"}));
+    EXPECT_EQ(Ok({Answer::Yes}), (QStringList{"Move \"X\"\nTo \"Kestrova\" ?", "1 File Moved !"}));
     EXPECT_EQ(fx.Files().List("C:\\Jobs\\LASER\\Kestrova\\", "X*", EntryKinds::Files),
               (QStringList{"X", "X.drw", "X.dxf", "X.inf", "X.nst", "X.prg", "X.rpt"}));
     EXPECT_EQ(fx.Files().List(Parts, "X*", EntryKinds::Files), (QStringList{"X.seq", "X.stp", "X.usr"}))
@@ -162,10 +146,7 @@ TEST_F(FileFormTest, MoveToAnotherMachineTakesOnlyWhatMayLeaveIt) {
     Choose("DirectoryList", "A: [Floppy Disk]");
     Choose("FileList", "Cover");
     fx.Remove("A:\\");
-    fx.Messages().Clear();
-    fx.Messages().Script({Answer::Yes});
-    Ok();
-    EXPECT_EQ(fx.Messages().Log(),
+    EXPECT_EQ(Ok({Answer::Yes}),
               (QStringList{"Move \"Cover\"\nTo \"A: [Floppy Disk]\" ?", "<beep>", "Disc Not Ready !"}));
     EXPECT_TRUE(fx.OnDisk(Parts + "Cover.prg"));
 }
@@ -180,9 +161,7 @@ TEST_F(FileFormTest, AFailedCopyStopsTheBatchWithOneMessage) {
     EXPECT_EQ(List("FileList")->selectedItems().size(), 4);
     FaultInjector faults(fx.Files());
     faults.Fail(FileStep::Write, "Cover.prg", ENOSPC);
-    fx.Messages().Script({Answer::Yes});
-    Ok();
-    const QStringList texts = fx.Messages().Texts();
+    const QStringList texts = Ok({Answer::Yes});
     ASSERT_EQ(texts.size(), 2) << texts.join(" | ").toStdString();
     EXPECT_EQ(texts.at(0), "Copy 4 Files\nTo \"Archive\" ?");
     EXPECT_TRUE(texts.at(1).contains("Disk full") && texts.at(1).contains("Cover.prg"))

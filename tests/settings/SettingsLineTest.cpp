@@ -3,33 +3,25 @@
 #include "QtPrinters.h"
 #include "platform/Blanks.h"
 #include "settings/EditorCommand.h"
-#include "settings/MachineSeeding.h"
 #include "settings/SettingsFile.h"
 
 #include <gtest/gtest.h>
 
 using namespace kestrova;
 
-TEST(SettingsLine, TheValueIsWhatFollowsTheFirstColonTrimmed) {
-    EXPECT_EQ(ValueOfLine(QStringLiteral("Nesting ? (Yes / No)                         : yes")),
-              QStringLiteral("yes"));
-    EXPECT_EQ(ValueOfLine(QStringLiteral("Nesting ? (Yes / No)                         :NO")),
-              QStringLiteral("NO"));
-    EXPECT_EQ(ValueOfLine(QStringLiteral("   No   ")), QStringLiteral("No"))
-        << "a line without colon is its value";
-    EXPECT_EQ(ValueOfLine(QStringLiteral("Data Directory : C:\\Data")), QStringLiteral("C:\\Data"));
-    EXPECT_EQ(ValueOfLine(QStringLiteral("Label :")), QString());
-    EXPECT_EQ(ValueOfLine(QString()), QString());
-    EXPECT_TRUE(HasColon(QStringLiteral("A:")));
-    EXPECT_FALSE(HasColon(QStringLiteral("Parts")));
-}
-
-TEST(SettingsLine, OnlyBlanksAreTrimmed) {
-    // Vertical tab, form feed, NEL, no-break space and tab are characters a line may hold.
+// The value is what follows the first colon, trimmed of blanks only: vertical tab, form feed,
+// NEL, no-break space and tab are characters a line may hold.
+TEST(SettingsLine, TheValueIsWhatFollowsTheFirstColonTrimmedOfBlanksOnly) {
     const struct {
         const char* line;
         const char* value;
     } cases[] = {
+        {"Nesting ? (Yes / No)                         : yes", "yes"},
+        {"Nesting ? (Yes / No)                         :NO", "NO"},
+        {"   No   ", "No"}, // a line without colon is its value
+        {"Data Directory : C:\\Data", "C:\\Data"},
+        {"Label :", ""},
+        {"", ""},
         {"Label : \x0bNo\x0c ", "\x0bNo\x0c"},
         {"Label :\xa0Path\x85  ", "\xa0Path\x85"},
         {"  \tData\t  ", "\tData\t"},
@@ -42,6 +34,8 @@ TEST(SettingsLine, OnlyBlanksAreTrimmed) {
         EXPECT_EQ(TrimBlanks(QString::fromLatin1(c.value)), QString::fromLatin1(c.value));
     }
     EXPECT_EQ(TrimBlanks(QStringLiteral("  a b  ")), QStringLiteral("a b"));
+    EXPECT_TRUE(HasColon(QStringLiteral("A:")));
+    EXPECT_FALSE(HasColon(QStringLiteral("Parts")));
 }
 
 TEST(SettingsLine, LeadingNumberReadsAsFarAsTheNumberGoes) {
@@ -66,14 +60,6 @@ TEST(SettingsLine, LeadingNumberReadsAsFarAsTheNumberGoes) {
         EXPECT_TRUE(e.text().startsWith(QStringLiteral("Overflow"))) << e.text().toStdString();
         EXPECT_TRUE(e.text().contains(QStringLiteral("40000")));
     }
-}
-
-TEST(SettingsLine, TheNestingLineHasItsColonInColumn46) {
-    const QString line = NestingOffLine();
-    EXPECT_EQ(line, QStringLiteral("Nesting ? (Yes / No)                         : No"));
-    EXPECT_EQ(line.indexOf(u':'), 45);
-    EXPECT_EQ(line.mid(47), QStringLiteral("No"));
-    EXPECT_EQ(LabelledLine(QStringLiteral("Port"), QStringLiteral("2")).size(), 48);
 }
 
 TEST(EditorCommand, KeepsEverythingUpToTheFirstBlank) {
