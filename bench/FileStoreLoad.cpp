@@ -158,10 +158,10 @@ int main(int argc, char** argv) {
     std::printf("\nRatios against the baselines of this run:\n");
     PrintRatio(reporter, "File search, 100,000 files in 500 dirs / find -iname (goal 1.5x)", "SearchOf100000",
                "BaselineFindIname", 1.5);
-    PrintRatio(reporter, "Copy Files, 1,000 families of 20 KB / cp (goal 1.5x)",
-               "CopyFilesOf1000Families/iterations:5", "BaselineCp/iterations:5", 1.5);
+    PrintRatio(reporter, "Copy Files, 1,000 families of 20 KB / cp (goal 1.5x)", "CopyFilesOf1000Families",
+               "BaselineCp", 1.5);
     PrintRatio(reporter, "  of which the host file layer's copy of the same files / cp",
-               "LayerCopyOfTheSameFiles/iterations:5", "BaselineCp/iterations:5", 0);
+               "LayerCopyOfTheSameFiles", "BaselineCp", 0);
     benchmark::Shutdown();
     return 0;
 }

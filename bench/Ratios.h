@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <map>
+#include <set>
 #include <spawn.h>
 #include <string>
 #include <sys/wait.h>
@@ -16,17 +17,25 @@ extern char** environ;
 
 namespace kestrova::bench {
 
-// Keeps each benchmark's time per iteration so that the ratios can be printed at the end.
+// Keeps each benchmark's time per iteration so that the ratios can be printed at the end: the
+// median of its repetitions where it is repeated, which a disturbance of the machine in one of
+// them does not move.
 class RatioReporter : public benchmark::ConsoleReporter {
 public:
     void ReportRuns(const std::vector<Run>& runs) override {
         ConsoleReporter::ReportRuns(runs);
-        for (const Run& run : runs)
-            if (!run.error_occurred && run.run_type == Run::RT_Iteration)
-                times[run.benchmark_name()] =
-                    run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit);
+        for (const Run& run : runs) {
+            const std::string& name = run.run_name.function_name;
+            const bool median = run.run_type == Run::RT_Aggregate && run.aggregate_name == "median";
+            if (run.error_occurred || (!median && (run.run_type != Run::RT_Iteration || medians.count(name))))
+                continue;
+            times[name] = run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit);
+            if (median)
+                medians.insert(name);
+        }
     }
     std::map<std::string, double> times; // seconds
+    std::set<std::string> medians;
 };
 
 inline void PrintRatio(const RatioReporter& r, const char* what, const std::string& name,

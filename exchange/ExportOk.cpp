@@ -4,6 +4,7 @@
 #include "exchange/ExportFile.h"
 #include "filestore/Names.h"
 #include "platform/Blanks.h"
+#include "platform/FileBatch.h"
 
 namespace kestrova {
 
@@ -48,6 +49,7 @@ ExportOutcome ExportOk_Click(Session& session, const ExportRequest& request) {
     Int16 count = 0;
     {
         const BusyCursor busy(messages);
+        FileBatch batch(session.files);
         const QStringList names = request.singleList ? request.selected.mid(0, 1) : request.selected;
         for (const QString& name : names) {
             count += Int16::From(ExportFile(session, session.settings.CurrentPath, name, target,
@@ -55,6 +57,7 @@ ExportOutcome ExportOk_Click(Session& session, const ExportRequest& request) {
                                             request.format == ExportFormat::Lookup, eightChar,
                                             TrimBlanks(request.extension)));
         }
+        batch.Finish();
     }
     messages.Report(
         CountText(count, QStringLiteral("File"), QStringLiteral("Files"), QStringLiteral("Exported !")));

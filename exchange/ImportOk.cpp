@@ -6,6 +6,7 @@
 #include "filestore/Names.h"
 #include "filestore/SelectDirectory.h"
 #include "platform/Blanks.h"
+#include "platform/FileBatch.h"
 #include "settings/SettingsLine.h"
 
 namespace kestrova {
@@ -66,10 +67,12 @@ ImportOutcome ImportSelected(Session& session, const ImportRequest& request, con
     Int16 count = 0;
     {
         const BusyCursor busy(messages);
+        FileBatch batch(session.files);
         for (const QString& name : names)
             count +=
                 Int16::From(subRoutines ? ImportSubRoutine(session, source, name)
                                         : ImportFile(session, source, session.settings.CurrentPath, name));
+        batch.Finish();
     }
     messages.Report(subRoutines ? CountText(count, QStringLiteral("Sub-Routine"),
                                             QStringLiteral("Sub-Routines"), QStringLiteral("Imported !"))

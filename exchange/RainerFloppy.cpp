@@ -7,6 +7,7 @@
 #include "filestore/KeyFilter.h"
 #include "filestore/Names.h"
 #include "platform/Blanks.h"
+#include "platform/FileBatch.h"
 
 #include <functional>
 
@@ -101,8 +102,12 @@ RainOutcome RainerExport(Session& session, const QStringList& programs) {
     Int16 count = 0;
     {
         const BusyCursor busy(messages);
+        // A fresh index is on the disk before the first program goes with it.
         if (!files.IsFile(rainer::IndexPath))
             WriteFreshIndex(files);
+        FileBatch batch(files);
+        // Read once: from here on only this export changes it, and its list follows each change.
+        QList<RainerSlot> slots = ReadRainerIndex(files, Variant(session));
         for (const QString& entry : programs) {
             const QString name = TrimBlanks(entry);
             // The index holds 50 characters of a name: a longer one could not be found again.
@@ -110,7 +115,6 @@ RainOutcome RainerExport(Session& session, const QStringList& programs) {
                 messages.Refuse(InvalidFileName);
                 continue;
             }
-            const QList<RainerSlot> slots = ReadRainerIndex(files, Variant(session));
             int slot = 0;
             bool named = false;
             for (const RainerSlot& s : slots) {
@@ -147,8 +151,15 @@ RainOutcome RainerExport(Session& session, const QStringList& programs) {
                 files.Delete(programFile);
             files.Copy(session.settings.CurrentPath + name + QStringLiteral(".prg"), programFile);
             WriteUsedSlot(files, Variant(session), slot, name);
+            // The slot as a fresh read of its record would give it.
+            for (RainerSlot& s : slots) {
+                if (s.slot == slot)
+                    s.name = ParseRainerIndex(UsedEntry(Variant(session), name), 1).value(0).name;
+                s.free = s.free && s.slot != slot;
+            }
             ++count;
         }
+        batch.Finish();
     }
     messages.Report(ReportText(count, QStringLiteral("Exported")));
     return RainOutcome::Close;
@@ -166,8 +177,10 @@ RainOutcome ForEachChosen(Session& session, const QList<RainerChoice>& chosen, c
     Int16 count = 0;
     {
         const BusyCursor busy(session.messages);
+        FileBatch batch(session.files);
         for (const RainerChoice& choice : chosen)
             count += Int16::From(each(choice));
+        batch.Finish();
     }
     session.messages.Report(ReportText(count, done));
     return RainOutcome::Close;

@@ -26,12 +26,17 @@ public:
     [[nodiscard]] bool Empty() const { return m_files.empty(); }
 
 private:
+    // From this many files on, their file system is flushed whole first.
+    static constexpr std::size_t ManyFiles = 32;
     struct File {
         std::string host;
         QString full;
     };
     std::vector<File> m_files;
 };
+
+// Asks the host to write everything waiting for the file system that holds fd, and waits for it.
+void FlushFileSystem(int fd);
 
 // Asks the host to start writing a range of an open file to the disk and returns at once, so
 // that a later force of a large file finds little left to write. Nothing on hosts without it.

@@ -43,12 +43,14 @@ int TakeOldModeOnTheDisk([[maybe_unused]] int fd, [[maybe_unused]] const fs::pat
 }
 
 // Renames the complete new text over the old file, the rename itself on the disk with its
-// directory. The host's error number, or 0.
-int RenameOnTheDisk(const fs::path& from, const fs::path& real) {
+// directory unless that waits for the end of a batch. The host's error number, or 0.
+int RenameOnTheDisk(const fs::path& from, const fs::path& real, bool forceDirectory = true) {
     std::error_code ec;
     fs::rename(from, real, ec);
     if (ec)
         return ec.value();
+    if (!forceDirectory)
+        return 0;
 #ifndef _WIN32
     const int dir = ::open(real.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (dir >= 0) {
@@ -168,9 +170,17 @@ void FileReplacement::Commit() {
     step(FileStep::Close);
     if (std::fflush(m_file.get()) != 0)
         Fail(errno);
-    step(FileStep::Sync);
-    if (const int error = TakeOldModeOnTheDisk(fileno(m_file.get()), m_real))
-        Fail(error);
+    // Within a batch a file under a new name goes to the disk with the rest at the end; one that
+    // replaces an old text never waits.
+    const bool later = m_files.Batching() && !m_target.exists;
+    if (!later) {
+        step(FileStep::Sync);
+        if (const int error = TakeOldModeOnTheDisk(fileno(m_file.get()), m_real))
+            Fail(error);
+    }
+    // The old text goes with the rename: whatever was made from it must be on the disk first.
+    if (m_target.exists)
+        m_files.SettleWrites();
     step(FileStep::Replace);
     // Closed only now, so that every failure up to here removes the sibling the same way.
     if (std::fclose(m_file.release()) != 0) {
@@ -179,11 +189,14 @@ void FileReplacement::Commit() {
         fs::remove(m_sibling, ignored);
         m_files.ThrowFromErrno(error, m_target);
     }
-    if (const int error = RenameOnTheDisk(m_sibling, m_real)) {
+    if (const int error = RenameOnTheDisk(m_sibling, m_real, !later)) {
         std::error_code ignored;
         fs::remove(m_sibling, ignored);
         m_files.ThrowFromErrno(error, m_target);
     }
+    m_files.EntryChanged(m_real);
+    if (later)
+        m_files.RememberUnsettled(m_real.string(), m_target.full);
 }
 
 bool MoveIntoPlace(FileSystem& files, const FileSystem::Resolved& newText,
@@ -207,7 +220,10 @@ bool MoveIntoPlace(FileSystem& files, const FileSystem::Resolved& newText,
         files.ThrowFromErrno(error, newText);
 #endif
     files.CheckFault(FileStep::Replace, target);
-    if (const int error = RenameOnTheDisk(from, real))
+    const int error = RenameOnTheDisk(from, real);
+    files.EntryChanged(from);
+    files.EntryChanged(real);
+    if (error)
         files.ThrowFromErrno(error, target);
     return true;
 }

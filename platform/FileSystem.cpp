@@ -61,40 +61,40 @@ bool EntryExists(const fs::path& p) {
 }
 
 // The entry of dir whose name matches wanted ignoring ASCII case, the first in name order.
-std::optional<std::string> FindIgnoringCase(const fs::path& dir, const std::string& wanted) {
+std::optional<std::string> FindIgnoringCase(const fs::path& dir, const std::string& wanted,
+                                            DirectoryListings* listings) {
+    const std::vector<DirectoryListings::Entry>* entries = listings ? listings->Of(dir.string()) : nullptr;
 #ifndef _WIN32
-    // Read straight from the directory stream: this runs for every component spelled in
-    // another case, so it must not allocate per entry.
-    DIR* stream = ::opendir(dir.c_str());
-    if (!stream)
-        return std::nullopt;
-    std::optional<std::string> best;
-    while (const dirent* entry = ::readdir(stream)) {
-        const char* name = entry->d_name;
-        if (!EqualsIgnoringAsciiCase(name, wanted))
-            continue;
-        if (!best || std::strcmp(name, best->c_str()) < 0)
-            best = std::string(name);
+    if (!entries) {
+        // Read straight from the directory stream: this runs for every component spelled in
+        // another case, so it must not allocate per entry.
+        DIR* stream = ::opendir(dir.c_str());
+        if (!stream)
+            return std::nullopt;
+        std::optional<std::string> best;
+        while (const dirent* entry = ::readdir(stream)) {
+            const char* name = entry->d_name;
+            if (!EqualsIgnoringAsciiCase(name, wanted))
+                continue;
+            if (!best || std::strcmp(name, best->c_str()) < 0)
+                best = std::string(name);
+        }
+        ::closedir(stream);
+        return best;
     }
-    ::closedir(stream);
-    return best;
 #else
-    std::error_code ec;
-    fs::directory_iterator it(dir, ec);
-    if (ec)
-        return std::nullopt;
-    std::optional<std::string> best;
-    for (const fs::directory_iterator end; it != end; it.increment(ec)) {
-        if (ec)
-            break;
-        std::string name = it->path().filename().string();
-        if (!EqualsIgnoringAsciiCase(name.c_str(), wanted))
-            continue;
-        if (!best || name < *best)
-            best = std::move(name);
+    std::vector<DirectoryListings::Entry> read;
+    if (!entries) {
+        if (!ReadDirectoryEntries(dir.string(), read))
+            return std::nullopt;
+        entries = &read;
     }
-    return best;
 #endif
+    const std::string* best = nullptr;
+    for (const DirectoryListings::Entry& e : *entries)
+        if (EqualsIgnoringAsciiCase(e.name.c_str(), wanted) && (!best || e.name < *best))
+            best = &e.name;
+    return best ? std::optional<std::string>(*best) : std::nullopt;
 }
 
 bool Writable(const fs::path& p) {
@@ -140,12 +140,6 @@ FileSystem::Resolved FileSystem::Resolve(const QString& p) const {
         return r;
     r.mapped = true;
     fs::path current = ToFs(mapping->hostRoot);
-    if (!EntryExists(current)) {
-        for (const QString& name : parsed.components)
-            current /= ToFs(name);
-        r.host = FromFs(current);
-        return r;
-    }
     const int count = int(parsed.components.size());
     // Most paths are spelled as they are on disk: one look settles them.
     fs::path spelled = current;
@@ -160,14 +154,27 @@ FileSystem::Resolved FileSystem::Resolve(const QString& p) const {
         r.host = FromFs(spelled);
         return r;
     }
-    for (int i = 0; i < count; ++i) {
+    // Most missing names are new files in a directory spelled as it is on disk: only the last
+    // name needs looking for, and it is known not to be there as spelled.
+    int from = 0;
+    bool lastSpelledMissing = false;
+    std::error_code parentError;
+    if (count > 1 && fs::is_directory(spelled.parent_path(), parentError)) {
+        current = spelled.parent_path();
+        from = count - 1;
+        lastSpelledMissing = true;
+    } else if (!EntryExists(current)) {
+        r.host = FromFs(spelled); // the drive's directory is not there
+        return r;
+    }
+    for (int i = from; i < count; ++i) {
         const fs::path wanted = ToFs(parsed.components.at(i));
         fs::path candidate = current / wanted;
-        if (!EntryExists(candidate)) {
-            if (const auto match = FindIgnoringCase(current, wanted.string()))
+        if ((i == from && lastSpelledMissing) || !EntryExists(candidate)) {
+            if (const auto match = FindIgnoringCase(current, wanted.string(), Listings()))
                 candidate = current / *match;
             else {
-                r.parentExists = (i == count - 1) && fs::is_directory(current);
+                r.parentExists = (i == count - 1) && (lastSpelledMissing || fs::is_directory(current));
                 for (int j = i + 1; j < count; ++j)
                     candidate /= ToFs(parsed.components.at(j));
                 r.host = FromFs(candidate);
@@ -248,7 +255,7 @@ QStringList FileSystem::List(const QString& directory, const QString& patterns, 
     std::vector<Entry> entries;
     const bool wantFiles = int(kinds) & int(EntryKinds::Files);
     const bool wantDirs = int(kinds) & int(EntryKinds::Directories);
-    const auto consider = [&](std::string name, bool isDir) {
+    const auto consider = [&](const std::string& name, bool isDir) {
         // Names starting with a dot are the host's hidden files (and this layer's own
         // half-written copies): the system never lists them.
         if (name.empty() || name[0] == '.')
@@ -258,36 +265,18 @@ QStringList FileSystem::List(const QString& directory, const QString& patterns, 
         QString decoded = QString::fromUtf8(name.data(), qsizetype(name.size()));
         if (!wildcards.Matches(decoded))
             return;
-        std::string key = FoldedKey(name);
-        entries.push_back({std::move(key), std::move(name), std::move(decoded)});
+        entries.push_back({FoldedKey(name), name, std::move(decoded)});
     };
-#ifndef _WIN32
-    // Straight from the directory stream: data directories hold thousands of programs.
-    DIR* stream = ::opendir(ToFs(r.host).c_str());
-    if (!stream)
-        return {};
-    const int dirFd = ::dirfd(stream);
-    while (const dirent* entry = ::readdir(stream)) {
-        bool isDir = entry->d_type == DT_DIR;
-        if (entry->d_type == DT_UNKNOWN || entry->d_type == DT_LNK) {
-            struct stat info {};
-            isDir = ::fstatat(dirFd, entry->d_name, &info, 0) == 0 && S_ISDIR(info.st_mode);
-        }
-        consider(std::string(entry->d_name), isDir);
+    std::vector<DirectoryListings::Entry> read;
+    const std::vector<DirectoryListings::Entry>* found =
+        Listings() ? Listings()->Of(ToFs(r.host).string()) : nullptr;
+    if (!found) {
+        if (!ReadDirectoryEntries(ToFs(r.host).string(), read))
+            return {};
+        found = &read;
     }
-    ::closedir(stream);
-#else
-    std::error_code ec;
-    fs::directory_iterator it(ToFs(r.host), ec);
-    if (ec)
-        return {};
-    for (const fs::directory_iterator end; it != end; it.increment(ec)) {
-        if (ec)
-            break;
-        std::error_code typeError;
-        consider(it->path().filename().string(), it->is_directory(typeError));
-    }
-#endif
+    for (const DirectoryListings::Entry& e : *found)
+        consider(e.name, e.isDirectory);
     std::sort(entries.begin(), entries.end(),
               [](const Entry& a, const Entry& b) { return NameOrder(a.key, a.bytes, b.key, b.bytes); });
     QStringList names;
@@ -416,6 +405,7 @@ void FileSystem::Delete(const QString& p) {
     CheckFault(FileStep::Delete, r);
     std::error_code ec;
     fs::remove(ToFs(r.host), ec);
+    EntryChanged(ToFs(r.host));
     if (ec)
         ThrowFromErrno(ec.value(), r);
 }
@@ -439,6 +429,10 @@ void FileSystem::Rename(const QString& from, const QString& to) {
     CheckFault(FileStep::Rename, source);
     std::error_code ec;
     fs::rename(ToFs(source.host), targetPath, ec);
+    if (source.isDirectory && m_batches > 0)
+        m_listings.Clear(); // every listing beneath it has another path now
+    EntryChanged(ToFs(source.host));
+    EntryChanged(targetPath);
     if (ec == std::errc::cross_device_link && !source.isDirectory) {
         Copy(from, to);
         Delete(from);
@@ -457,6 +451,7 @@ void FileSystem::MakeDirectory(const QString& p) {
     CheckFault(FileStep::MakeDirectory, r);
     std::error_code ec;
     fs::create_directory(ToFs(r.host), ec);
+    EntryChanged(ToFs(r.host));
     if (ec)
         ThrowFromErrno(ec.value(), r);
 }
@@ -476,6 +471,7 @@ void FileSystem::RemoveDirectory(const QString& p) {
     CheckFault(FileStep::RemoveDirectory, r);
     std::error_code ec;
     fs::remove(ToFs(r.host), ec);
+    EntryChanged(ToFs(r.host));
     if (ec == std::errc::directory_not_empty || ec == std::errc::file_exists)
         throw PathFileAccessError(r.full, QStringLiteral("directory not empty"));
     if (ec)
@@ -503,6 +499,20 @@ void FileSystem::ChangeDirectory(const QString& p) {
         throw PathNotFoundError(r.full);
     }
     m_currentDirs.insert(SystemPath::Parse(r.full).drive, r.full);
+}
+
+void FileSystem::EntryChanged(const fs::path& hostPath) {
+    if (m_batches > 0)
+        m_listings.Changed(hostPath);
+}
+
+void FileSystem::BeginBatch() {
+    ++m_batches;
+}
+
+void FileSystem::EndBatch() {
+    if (--m_batches == 0)
+        m_listings.Clear();
 }
 
 QString FileSystem::CurrentDirectory() const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/DeviceMap.h"
+#include "platform/DirectoryListings.h"
 #include "platform/DiskWrites.h"
 #include "platform/Errors.h"
 #include "platform/SystemPath.h"
@@ -8,6 +9,7 @@
 #include <QMap>
 #include <QString>
 #include <QStringList>
+#include <filesystem>
 #include <functional>
 #include <optional>
 
@@ -135,13 +137,25 @@ public:
     }
     // Forces every such file to the disk (before something is deleted or renamed).
     void SettleWrites() { m_unsettled.Settle(*this); }
-    // A file on a removable drive is forced to the disk as soon as it is written: the operator
-    // takes the floppy or stick out once the work is done.
+    // A file on a removable drive is forced to the disk as soon as it is written, or within a
+    // batch as the batch ends: the operator takes the floppy or stick out once the work is done.
     [[nodiscard]] bool OnRemovableDrive(const QString& fullPath) const {
         return DriveType(SystemPath::Parse(fullPath).drive) == DriveKind::Removable;
     }
 
+    // --- Batches of work on many files (FileBatch.h) ----------------------------------------
+    // Within one, a file made under a new name waits to be forced to the disk with the rest,
+    // and directories are read once (DirectoryListings.h).
+    [[nodiscard]] bool Batching() const { return m_batches > 0; }
+    // This layer has just made, replaced or removed the entry at hostPath.
+    void EntryChanged(const std::filesystem::path& hostPath);
+
 private:
+    friend class FileBatch;
+    void BeginBatch();
+    void EndBatch();
+    [[nodiscard]] DirectoryListings* Listings() const { return m_batches > 0 ? &m_listings : nullptr; }
+
     struct FromTo {
         Resolved from;
         Resolved to;
@@ -155,6 +169,8 @@ private:
     QMap<QChar, QString> m_currentDirs; // per drive, a full system path
     FaultHook m_faultHook;
     UnsettledFiles m_unsettled;
+    int m_batches = 0;
+    mutable DirectoryListings m_listings;
 };
 
 } // namespace kestrova

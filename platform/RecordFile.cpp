@@ -3,6 +3,9 @@
 #include "platform/HostPath.h"
 
 #include <cerrno>
+#ifndef _WIN32
+#include <unistd.h>
+#endif
 
 namespace kestrova {
 
@@ -21,6 +24,8 @@ RecordFile::RecordFile(FileSystem& files, const QString& path, int recordLength)
     files.CheckFault(FileStep::Open, m_where);
     const auto host = host::ToFs(m_where.host);
     m_file.reset(std::fopen(host.c_str(), m_where.exists ? "r+b" : "w+b"));
+    if (!m_where.exists)
+        files.EntryChanged(host);
     if (!m_file)
         files.ThrowFromErrno(errno, m_where);
 }
@@ -60,7 +65,28 @@ bool RecordFile::AtEnd(int lastRecordRead) {
 }
 
 void RecordFile::Close() {
-    if (m_file && std::fclose(m_file.release()) != 0)
+    if (!m_file)
+        return;
+    // Records changed on a floppy or stick are on it when the work is done, as a new file is.
+    const bool force = m_files.OnRemovableDrive(m_where.full);
+    if (force && m_files.Batching()) {
+        m_files.RememberUnsettled(host::ToFs(m_where.host).string(), m_where.full);
+    } else if (force) {
+        if (const int fault = m_files.InjectedFault(FileStep::Sync, m_where.full)) {
+            m_file.reset();
+            m_files.ThrowFromErrno(fault, m_where);
+        }
+        bool flushed = std::fflush(m_file.get()) == 0;
+#ifndef _WIN32
+        flushed = flushed && ::fsync(fileno(m_file.get())) == 0;
+#endif
+        if (!flushed) {
+            const int error = errno;
+            m_file.reset();
+            m_files.ThrowFromErrno(error, m_where);
+        }
+    }
+    if (std::fclose(m_file.release()) != 0)
         m_files.ThrowFromErrno(errno, m_where);
 }
 

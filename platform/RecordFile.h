@@ -31,7 +31,7 @@ private:
         void operator()(std::FILE* f) const noexcept;
     };
     FileSystem::Resolved m_where;
-    const FileSystem& m_files;
+    FileSystem& m_files;
     int m_length;
     std::unique_ptr<std::FILE, Closer> m_file;
 };

@@ -141,6 +141,8 @@ TextWriter::TextWriter(FileSystem& files, const QString& path, Mode mode) : m_mo
     }
     files.CheckFault(FileStep::Open, m_target);
     m_file.reset(std::fopen(target.c_str(), mode == Mode::Append ? "ab" : "wb"));
+    if (!m_target.exists)
+        files.EntryChanged(target);
     if (!m_file)
         files.ThrowFromErrno(errno, m_target);
 }
@@ -190,7 +192,9 @@ void TextWriter::Close() {
         m_file.reset();
         throw;
     }
-    const bool removable = m_mode == Mode::Create && m_files.OnRemovableDrive(m_target.full);
+    // Within a batch, a file on a removable drive is forced with the rest as the batch ends.
+    const bool removable =
+        m_mode == Mode::Create && !m_files.Batching() && m_files.OnRemovableDrive(m_target.full);
     bool flushed = std::fflush(m_file.get()) == 0;
     int flushError = errno;
 #ifndef _WIN32
