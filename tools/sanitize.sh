@@ -13,7 +13,7 @@ tools/deps.sh
 BUILD_DIR=${SANITIZE_BUILD_DIR:-build-sanitize}
 JOBS=${JOBS:-$(nproc)}
 selection=(test_platform test_settings test_filestore test_comms test_comms_transfer test_comms_pty
-    test_comms_transfer_pty test_comms_limits test_comms_limits_pty test_exchange test_editing test_fuzz_replay)
+    test_comms_transfer_pty test_exchange test_editing test_fuzz_replay)
 [ "${1:-}" = "--all" ] && selection=()
 
 flags="-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer"
