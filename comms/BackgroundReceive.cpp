@@ -133,6 +133,7 @@ void BackgroundReceive::OpenTemp() {
     try {
         m_temp = std::make_unique<TextWriter>(
             m_session.files, m_tempPath, m_tempHeld ? TextWriter::Mode::Append : TextWriter::Mode::Create);
+        m_temp->WriteThrough();
     } catch (const SystemError& e) {
         // Without "Receive.tmp" this program goes to a file of its own from its first character:
         // a program whose beginning is missing must never be filed as if it were whole.
@@ -351,8 +352,7 @@ void BackgroundReceive::WriteReceived(const QByteArray& bytes) {
     if (m_pending.isEmpty() || !m_temp)
         return;
     try {
-        m_temp->WriteBytes(m_pending);
-        m_pending.clear();
+        WritePending();
         return;
     } catch (const SystemError& e) {
         if (m_keptPath.isEmpty())
@@ -360,6 +360,18 @@ void BackgroundReceive::WriteReceived(const QByteArray& bytes) {
         // else: the program's own file failed too; what did not reach it waits here and goes
         // with the next characters.
     }
+}
+
+void BackgroundReceive::WritePending() {
+    const std::int64_t before = m_temp->Written();
+    try {
+        m_temp->WriteBytes(m_pending);
+    } catch (const SystemError&) {
+        // What the file took is in it; only the rest waits, and none of it twice.
+        m_pending.remove(0, qsizetype(m_temp->Written() - before));
+        throw;
+    }
+    m_pending.clear();
 }
 
 void BackgroundReceive::DivertAfterWriteFailure(const QString& reason) {
@@ -380,8 +392,8 @@ void BackgroundReceive::DivertAfterWriteFailure(const QString& reason) {
     m_keptPath = kept;
     try {
         m_temp = std::make_unique<TextWriter>(files, kept, TextWriter::Mode::Append);
-        m_temp->WriteBytes(m_pending);
-        m_pending.clear();
+        m_temp->WriteThrough();
+        WritePending();
     } catch (const SystemError& e) {
         if (failure.isEmpty())
             failure = e.text();

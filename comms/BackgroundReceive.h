@@ -99,6 +99,9 @@ private:
     // Writes received characters to the program's file; what a failed write did not take waits
     // and goes with the next ones.
     void WriteReceived(const QByteArray& bytes);
+    // Writes what waits to the open file: what the file takes leaves the waiting bytes, the rest
+    // stays when the write fails.
+    void WritePending();
     // "Receive.tmp" failed a write: the program so far is moved to a file of its own, which
     // takes the rest of it, and the operator is told once.
     void DivertAfterWriteFailure(const QString& reason);

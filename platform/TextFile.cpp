@@ -158,16 +158,26 @@ void TextWriter::WriteBytes(QByteArrayView bytes) {
         throw PathFileAccessError(m_path, QStringLiteral("file is closed"));
     if (!bytes.isEmpty())
         m_files.CheckFault(FileStep::Write, m_target);
-    if (!bytes.isEmpty() &&
-        std::fwrite(bytes.data(), 1, size_t(bytes.size()), m_file.get()) != size_t(bytes.size()))
-        m_files.ThrowFromErrno(errno, m_target);
+    // A disk that fills up takes part of a write before it refuses the rest: what it took is
+    // counted, and the write goes on until the host says why it stops.
+    for (size_t put = 0; put < size_t(bytes.size());) {
+        const size_t n = std::fwrite(bytes.data() + put, 1, size_t(bytes.size()) - put, m_file.get());
+        m_written += std::int64_t(n);
+        put += n;
+        if (n == 0)
+            m_files.ThrowFromErrno(errno, m_target);
+    }
     // A large file starts on its way to the disk while it is written.
-    m_written += bytes.size();
     if (m_pacer.Due(m_written)) {
         if (std::fflush(m_file.get()) != 0)
             m_files.ThrowFromErrno(errno, m_target);
         m_pacer.Written(fileno(m_file.get()), m_written);
     }
+}
+
+void TextWriter::WriteThrough() {
+    if (m_file)
+        std::setvbuf(m_file.get(), nullptr, _IONBF, 0);
 }
 
 void TextWriter::Write(const QString& text) {

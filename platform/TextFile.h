@@ -71,6 +71,11 @@ public:
     void WriteLine(const QString& line);
     void Close();
     [[nodiscard]] const QString& Path() const { return m_path; }
+    // Create and Append: every write goes to the host at once, none waits in this program, so
+    // that after a failed write Written() tells exactly what the file holds of it.
+    void WriteThrough();
+    // The bytes handed to the host so far, a write that failed part-way included.
+    [[nodiscard]] std::int64_t Written() const { return m_written; }
 
 private:
     struct Closer {

@@ -7,7 +7,9 @@
 #include "FaultInjector.h"
 
 #include <QDirIterator>
+#include <csignal>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 using namespace kestrova;
 using namespace kestrova::testing;
@@ -352,6 +354,40 @@ TEST(BackgroundReceive, AProgramIsFiledWholeOrKeptWholeAndTheNextOneIsFiled) {
         EXPECT_EQ(listed.filter(Stem(c.filed)).size(), c.filed == unfiled ? 1 : 0);
         EXPECT_EQ(listed.value(listed.size() - 1), InParts(Stem(c.next)));
     }
+}
+
+// A disk that fills up in the middle of a write takes part of it and refuses the rest. The
+// program goes to a file of its own (the disk has room again by then), every character once.
+TEST(BackgroundReceive, ADiskThatFillsUpPartWayThroughAWriteLosesNoCharacter) {
+    QByteArray program;
+    for (int n = 1; n <= 20; ++n)
+        program += "N" + QByteArray::number(n * 10) + " G01 X" + QByteArray::number(n * 7) + ".5 Y20.\r\n";
+    const QString unfiled = QStringLiteral("C:\\Kestrova\\Unfiled 1.prg");
+    ScriptedBackground s;
+    s.Start();
+    // The host's limit on a file's size stands for the full disk: a write across it is cut short.
+    const auto oldSignal = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit old{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &old), 0);
+    rlimit full = old;
+    full.rlim_cur = 130;
+    s.fx.Files().SetFaultHook([&](FileStep step, const QString& path) {
+        if (step == FileStep::Open && path == unfiled)
+            ::setrlimit(RLIMIT_FSIZE, &old);
+        return 0;
+    });
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &full), 0);
+    for (qsizetype at = 0; at < program.size(); at += 50)
+        s.line->Feed(program.mid(at, 50));
+    s.line->Feed("%");
+    ::setrlimit(RLIMIT_FSIZE, &old);
+    std::signal(SIGXFSZ, oldSignal);
+    s.fx.Files().SetFaultHook({});
+
+    EXPECT_EQ(Contents(s.fx, unfiled), program);
+    ASSERT_EQ(s.fx.Messages().Texts().size(), 1);
+    const QString shown = s.fx.Messages().Texts().first();
+    EXPECT_TRUE(shown.contains("Receive.tmp\"") && shown.contains(unfiled)) << shown.toStdString();
 }
 
 TEST_F(BackgroundReceiveTest, AProgramThatCannotBeFiledIsKeptInAFileOfItsOwn) {
