@@ -63,32 +63,29 @@ void Empty(const QString& hostDir) {
     QDir().mkpath(hostDir);
 }
 
-void BaselineCp1000(benchmark::State& state) {
-    const QString target = Installation().Host(QStringLiteral("E:\\Bench"));
-    const auto command = CopyCommand(1000, target);
-    for (auto _ : state) {
-        state.PauseTiming();
-        Empty(target);
-        state.ResumeTiming();
-        if (!kestrova::bench::RunQuietly(command))
-            state.SkipWithError("cp failed");
-    }
-}
-BENCHMARK(BaselineCp1000)->Unit(benchmark::kMillisecond)->Iterations(5)->Repetitions(3);
-
-// The same copy followed by the host's own flush of the target's file system: what an export
-// does beyond a copy, as it puts every file on the disk before it reports.
-void BaselineCpSync1000(benchmark::State& state) {
-    const QString target = Installation().Host(QStringLiteral("E:\\Bench"));
-    const auto command = CopyCommand(1000, target);
+// "cp" of count programs into an emptied directory, with the host's flush of the target's file
+// system after it when flushed: what an export does beyond a copy, as it puts every file on the
+// disk before it reports.
+void CopyBaseline(benchmark::State& state, int count, const QString& system, bool flushed) {
+    const QString target = Installation().Host(system);
+    const auto command = CopyCommand(count, target);
     for (auto _ : state) {
         state.PauseTiming();
         Empty(target);
         state.ResumeTiming();
         if (!kestrova::bench::RunQuietly(command) ||
-            !kestrova::bench::RunQuietly({"sync", "-f", target.toStdString()}))
+            (flushed && !kestrova::bench::RunQuietly({"sync", "-f", target.toStdString()})))
             state.SkipWithError("cp or sync failed");
     }
+}
+
+void BaselineCp1000(benchmark::State& state) {
+    CopyBaseline(state, 1000, QStringLiteral("E:\\Bench"), false);
+}
+BENCHMARK(BaselineCp1000)->Unit(benchmark::kMillisecond)->Iterations(5)->Repetitions(3);
+
+void BaselineCpSync1000(benchmark::State& state) {
+    CopyBaseline(state, 1000, QStringLiteral("E:\\Bench"), true);
 }
 BENCHMARK(BaselineCpSync1000)->Unit(benchmark::kMillisecond)->Iterations(5)->Repetitions(3);
 
@@ -116,15 +113,7 @@ void Export1000Normal(benchmark::State& state) {
 BENCHMARK(Export1000Normal)->Unit(benchmark::kMillisecond)->Iterations(5)->Repetitions(3);
 
 void BaselineCp300(benchmark::State& state) {
-    const QString floppy = Installation().Host(QStringLiteral("A:\\"));
-    const auto command = CopyCommand(300, floppy);
-    for (auto _ : state) {
-        state.PauseTiming();
-        Empty(floppy);
-        state.ResumeTiming();
-        if (!kestrova::bench::RunQuietly(command))
-            state.SkipWithError("cp failed");
-    }
+    CopyBaseline(state, 300, QStringLiteral("A:\\"), false);
 }
 BENCHMARK(BaselineCp300)->Unit(benchmark::kMillisecond)->Iterations(5)->Repetitions(3);
 
