@@ -1,6 +1,7 @@
 #include "Frontend/FrontEndProgram.h"
 
 #include "Frontend/StartUp.h"
+#include "editing/MachineFrame.h"
 #include "editing/forms/TextEditorWindow.h"
 
 #include <QDir>
@@ -19,8 +20,10 @@ int FrontEndProgram::Open() {
                                           [this](FrontEnd&) { return LoadAtStartUp(m_session); });
     if (const int status = m_window->StartUpStatus(); status != 0)
         return status;
-    m_launcher.SetBuiltInEditor(
-        [this](const QString& file) { return TextEditorWindow::Open(m_files, m_messages, file, *m_window); });
+    m_launcher.SetBuiltInEditor([this](const QString& file) {
+        return TextEditorWindow::Open(m_files, m_messages, file, *m_window,
+                                      ReadMachineFrame(m_session, m_settings.MachineDir));
+    });
     m_messages.SetParent(m_window.get());
     return 0;
 }

@@ -63,6 +63,7 @@ std::optional<std::uint32_t> PickElement(const ProgramDrawing& drawing, const Dr
                                          double px, double py, double tolerance) {
     std::optional<std::uint32_t> found;
     double best = tolerance;
+    bool bestIsHit = false;
     // The world point and tolerance, so that the loop over millions of elements stays simple.
     const double wx = view.WorldX(px), wy = view.WorldY(py), reach = tolerance / view.scale;
     drawing.ForEach(
@@ -80,8 +81,12 @@ std::optional<std::uint32_t> PickElement(const ProgramDrawing& drawing, const Dr
                        std::min(fromY, e.y) - reach <= wy && wy <= std::max(fromY, e.y) + reach) {
                 distance = DistanceToSegment(wx, wy, fromX, fromY, e.x, e.y) * view.scale;
             }
-            if (distance >= 0 && distance <= best) {
+            const bool hit = e.kind == ElementKind::Hit;
+            if (distance < 0 || (bestIsHit && !hit))
+                return;
+            if (distance <= best || (hit && !bestIsHit)) {
                 best = distance;
+                bestIsHit = hit;
                 found = i;
             }
         });

@@ -37,8 +37,9 @@ struct ArcSweep {
 // Where element i starts: the end of the one before, or the program's start point.
 [[nodiscard]] std::pair<float, float> StartOf(const ProgramDrawing& drawing, std::uint32_t i);
 
-// The element under a point of the window, within tolerance pixels of a hit, a line or an arc;
-// where several are, the one drawn last (it lies on top).
+// The element under a point of the window, within tolerance pixels of a hit, a line or an arc:
+// a hit before any move (its mark lies over them), else the nearest, and of equals the one drawn
+// last (it lies on top).
 [[nodiscard]] std::optional<std::uint32_t> PickElement(const ProgramDrawing& drawing,
                                                        const DrawingTransform& view, double px, double py,
                                                        double tolerance);

@@ -2,6 +2,7 @@
 
 #include "editing/LineEnds.h"
 #include "editing/forms/NcHighlighter.h"
+#include "editing/forms/ProgramView.h"
 #include "platform/ScreenText.h"
 #include "platform/TextFile.h"
 
@@ -18,6 +19,7 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QShortcut>
+#include <QSplitter>
 #include <QStatusBar>
 #include <QTextBlock>
 #include <QTextCursor>
@@ -33,6 +35,8 @@ constexpr qsizetype ReadAtOnce = 1 << 20;
 // The time one piece may take before the event loop gets its turn.
 constexpr qint64 PieceMilliseconds = 25;
 constexpr int LinesPerStep = 2000;
+// How long the text rests after a change before the drawing is read from it again.
+constexpr int DrawingAfterChangeMilliseconds = 600;
 
 class OpenEditor final : public StartedProgram {
 public:
@@ -63,7 +67,7 @@ QTextDocument::FindFlags Flags(bool matchCase) {
 } // namespace
 
 TextEditorWindow::TextEditorWindow(FileSystem& files, MessageService& messages, const QString& file,
-                                   QWidget* parent)
+                                   QWidget* parent, const MachineFrame& machine)
     : QMainWindow(parent), m_files(files), m_messages(messages), m_file(files.FullPath(file)),
       m_text(new QPlainTextEdit(this)) {
     setObjectName(QStringLiteral("TextEditor"));
@@ -81,7 +85,15 @@ TextEditorWindow::TextEditorWindow(FileSystem& files, MessageService& messages, 
     auto* layout = new QVBoxLayout(central);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    layout->addWidget(m_text);
+    m_split = new QSplitter(Qt::Horizontal, central);
+    m_split->addWidget(m_text);
+    m_view = new ProgramView(m_split);
+    m_view->SetMachine(machine);
+    m_view->hide();
+    m_split->addWidget(m_view);
+    m_split->setStretchFactor(0, 1);
+    m_split->setStretchFactor(1, 1);
+    layout->addWidget(m_split);
     BuildFindBar();
     layout->addWidget(m_findBar);
     setCentralWidget(central);
@@ -90,6 +102,23 @@ TextEditorWindow::TextEditorWindow(FileSystem& files, MessageService& messages, 
     m_position->setObjectName(QStringLiteral("EditorPosition"));
     statusBar()->addPermanentWidget(m_position);
     connect(m_text, &QPlainTextEdit::cursorPositionChanged, this, &TextEditorWindow::ShowPosition);
+    // Text and drawing follow each other.
+    connect(m_text, &QPlainTextEdit::cursorPositionChanged, this,
+            [this] { m_view->SetCurrentLine(m_text->textCursor().blockNumber()); });
+    connect(m_view, &ProgramView::LineClicked, this, [this](int line) { GoToLine(line + 1); });
+    connect(m_view, &ProgramView::LoadFinished, this,
+            [this] { m_view->SetCurrentLine(m_text->textCursor().blockNumber()); });
+    m_drawingTimer = new QTimer(this);
+    m_drawingTimer->setSingleShot(true);
+    m_drawingTimer->setInterval(DrawingAfterChangeMilliseconds);
+    connect(m_drawingTimer, &QTimer::timeout, this, &TextEditorWindow::ReadDrawing);
+    connect(m_text->document(), &QTextDocument::contentsChanged, this, [this] {
+        if (Loading())
+            return;
+        m_drawingStale = true;
+        if (DrawingShown())
+            m_drawingTimer->start();
+    });
     BuildMenus();
     ShowPosition();
     resize(760, 520);
@@ -168,6 +197,8 @@ void TextEditorWindow::LoadPiece() {
     m_text->setReadOnly(false);
     m_text->moveCursor(QTextCursor::Start);
     statusBar()->clearMessage();
+    if (DrawingShown())
+        ReadDrawing();
     Q_EMIT LoadFinished();
 }
 
@@ -207,6 +238,54 @@ void TextEditorWindow::BuildMenus() {
         ->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_H));
     edit->addAction(QStringLiteral("&Go To Line..."), this, &TextEditorWindow::AskGoToLine)
         ->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_G));
+
+    QMenu* view = menuBar()->addMenu(QStringLiteral("&View"));
+    m_drawingAction = view->addAction(QStringLiteral("Program &Drawing"));
+    m_drawingAction->setObjectName(QStringLiteral("ShowDrawing"));
+    m_drawingAction->setCheckable(true);
+    m_drawingAction->setShortcut(QKeySequence(Qt::Key_F4));
+    connect(m_drawingAction, &QAction::toggled, this, &TextEditorWindow::ShowDrawing);
+    QAction* pane = view->addAction(QStringLiteral("Switch &Pane"), this, [this] {
+        if (DrawingShown() && !m_view->hasFocus())
+            m_view->setFocus();
+        else
+            m_text->setFocus();
+    });
+    pane->setShortcut(QKeySequence(Qt::Key_F6));
+}
+
+void TextEditorWindow::ShowDrawing(bool shown) {
+    if (m_drawingAction->isChecked() != shown)
+        m_drawingAction->setChecked(shown); // comes back here through toggled
+    if (shown == DrawingShown())
+        return;
+    m_view->setVisible(shown);
+    if (!shown) {
+        m_text->setFocus();
+        return;
+    }
+    if (m_drawingStale && !Loading())
+        ReadDrawing();
+    m_view->setFocus();
+}
+
+bool TextEditorWindow::DrawingShown() const {
+    return !m_view->isHidden();
+}
+
+void TextEditorWindow::ReadDrawing() {
+    m_drawingTimer->stop();
+    m_drawingStale = false;
+    if (Modified()) {
+        m_view->SetProgramText(TextBytes());
+        m_view->SetCurrentLine(m_text->textCursor().blockNumber());
+        return;
+    }
+    try {
+        m_view->Load(m_files, m_file);
+    } catch (const SystemError&) {
+        m_view->SetProgramText(TextBytes()); // the text in the window is the program all the same
+    }
 }
 
 void TextEditorWindow::BuildFindBar() {
@@ -362,20 +441,24 @@ bool TextEditorWindow::Modified() const {
     return m_text->document()->isModified();
 }
 
-bool TextEditorWindow::Save() {
-    if (Loading())
-        return false;
-    if (!Modified())
-        return true;
+QByteArray TextEditorWindow::TextBytes() const {
     QByteArray bytes;
     for (QTextBlock block = m_text->document()->begin(); block.isValid(); block = block.next()) {
         bytes += BytesOfScreenText(block.text());
         if (block.next().isValid())
             bytes += LineEndBytes(EndOf(block));
     }
+    return bytes;
+}
+
+bool TextEditorWindow::Save() {
+    if (Loading())
+        return false;
+    if (!Modified())
+        return true;
     try {
         TextWriter writer(m_files, m_file, TextWriter::Mode::Replace);
-        writer.WriteBytes(bytes);
+        writer.WriteBytes(TextBytes());
         writer.Close();
     } catch (const SystemError& error) {
         m_messages.ShowError(error.text());
@@ -400,9 +483,10 @@ void TextEditorWindow::closeEvent(QCloseEvent* event) {
 }
 
 std::unique_ptr<StartedProgram> TextEditorWindow::Open(FileSystem& files, MessageService& messages,
-                                                       const QString& file, QWidget& owner) {
+                                                       const QString& file, QWidget& owner,
+                                                       const MachineFrame& machine) {
     // A window of its own that stays open while the owner is hidden; deleted when closed.
-    auto* window = new TextEditorWindow(files, messages, file, &owner);
+    auto* window = new TextEditorWindow(files, messages, file, &owner, machine);
     window->setWindowFlag(Qt::Window);
     window->showMaximized();
     window->activateWindow();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "editing/MachineFrame.h"
 #include "platform/FileSystem.h"
 #include "platform/MessageService.h"
 #include "platform/ProgramLauncher.h"
@@ -11,12 +12,15 @@
 class QCheckBox;
 class QLabel;
 class QLineEdit;
+class QAction;
 class QPlainTextEdit;
+class QSplitter;
 class QTimer;
 
 namespace kestrova {
 
 class NcHighlighter;
+class ProgramView;
 
 // The system's own text editor: serves for "Notepad.exe" and for any editor that cannot start on
 // this host. It edits one settings or program file as single-byte text shown in Windows-1252,
@@ -28,12 +32,17 @@ class NcHighlighter;
 // without a change is not written at all. A large file is read into the window a piece at a
 // time, so the other windows go on painting meanwhile; it cannot be changed until it is in.
 // The window deletes itself when closed and never ends the program by closing.
+//
+// F4 (View > Program Drawing) shows the program's drawing in a pane beside the text, for the
+// machine given; F6 moves between text and drawing. The element of the cursor's line is
+// highlighted, and a click on an element puts the cursor on its line. The drawing is read from
+// the file, and again from the text a moment after each change.
 class TextEditorWindow : public QMainWindow {
     Q_OBJECT
 public:
     // Opens a file (a system path); a file that cannot be read is reported and the window stays empty.
     TextEditorWindow(FileSystem& files, MessageService& messages, const QString& file,
-                     QWidget* parent = nullptr);
+                     QWidget* parent = nullptr, const MachineFrame& machine = {});
     ~TextEditorWindow() override;
 
     // Writes the file when the text was changed; false when the write failed (reported) or the
@@ -62,7 +71,13 @@ public:
     // Opens the file in a window of its own, owned by owner (the main window), as a started
     // program that runs while the window is open, for callers that wait for their editor.
     [[nodiscard]] static std::unique_ptr<StartedProgram> Open(FileSystem& files, MessageService& messages,
-                                                              const QString& file, QWidget& owner);
+                                                              const QString& file, QWidget& owner,
+                                                              const MachineFrame& machine = {});
+
+    // --- The drawing pane ------------------------------------------------------------------
+    void ShowDrawing(bool shown);
+    [[nodiscard]] bool DrawingShown() const;
+    [[nodiscard]] ProgramView& Drawing() { return *m_view; }
 
 Q_SIGNALS:
     // The whole file is in the window.
@@ -79,11 +94,20 @@ private:
     // Reads the next piece of the file into the window; the rest follows from the event loop.
     void LoadPiece();
     void ShowPosition();
+    // The text as the file would hold it.
+    [[nodiscard]] QByteArray TextBytes() const;
+    // Reads the drawing anew: from the file while the text is as read, else from the text.
+    void ReadDrawing();
 
     FileSystem& m_files;
     MessageService& m_messages;
     QString m_file;
     QPlainTextEdit* m_text;
+    QSplitter* m_split = nullptr;
+    ProgramView* m_view = nullptr;
+    QAction* m_drawingAction = nullptr;
+    QTimer* m_drawingTimer = nullptr;
+    bool m_drawingStale = true;
     NcHighlighter* m_highlighter = nullptr;
     QLabel* m_position = nullptr;
     QWidget* m_findBar = nullptr;
