@@ -1,5 +1,8 @@
 #include "comms/forms/SendForm.h"
 
+#include "editing/MachineFrame.h"
+#include "editing/forms/ProgramViewDialog.h"
+#include "filestore/Names.h"
 #include "filestore/forms/SearchForm.h"
 
 #include <QComboBox>
@@ -72,9 +75,14 @@ void SendForm::BuildControls() {
     m_sendCncl = Button(this, QStringLiteral("SendCncl"), QStringLiteral("Cancel"));
     m_sendFrc = Button(this, QStringLiteral("SendFrc"), QStringLiteral("&Force Start"));
     m_sendAbrt = Button(this, QStringLiteral("SendAbrt"), QStringLiteral("&Abort"));
-    // With the lists, so that it rests while a transfer runs.
+    // With the lists, so that they rest while a transfer runs.
+    m_sendView = Button(m_choices, QStringLiteral("SendView"), QStringLiteral("&View"));
     m_sendSrch = Button(m_choices, QStringLiteral("SendSrch"), QStringLiteral("Sea&rch"));
-    grid->addWidget(m_sendSrch, 3, 1, Qt::AlignRight);
+    auto* listButtons = new QHBoxLayout;
+    listButtons->addStretch();
+    listButtons->addWidget(m_sendView);
+    listButtons->addWidget(m_sendSrch);
+    grid->addLayout(listButtons, 3, 1);
     auto* buttons = new QHBoxLayout;
     for (QPushButton* b : {m_sendOk, m_sendCncl, m_sendFrc, m_sendAbrt})
         buttons->addWidget(b);
@@ -92,6 +100,7 @@ void SendForm::BuildControls() {
     connect(m_sendOk, &QPushButton::clicked, this, &SendForm::SendOk_Click);
     connect(m_sendCncl, &QPushButton::clicked, this, &QDialog::reject);
     connect(m_sendSrch, &QPushButton::clicked, this, &SendForm::SendSrch_Click);
+    connect(m_sendView, &QPushButton::clicked, this, &SendForm::SendView_Click);
     connect(m_sendFrc, &QPushButton::clicked, this, [this] { m_engine->SendFrc_Click(); });
     connect(m_sendAbrt, &QPushButton::clicked, this, [this] { m_engine->SendAbrt_Click(); });
 }
@@ -153,6 +162,24 @@ void SendForm::SendSrch_Click() {
         m_fileList->setCurrentItem(items.first());
         items.first()->setSelected(true);
     }
+    m_fileList->setFocus();
+}
+
+// The drawing of the program current in the list, in the sending machine's frame; the form
+// waits while it is open.
+void SendForm::SendView_Click() {
+    QListWidgetItem* item = m_fileList->currentItem();
+    if (!item) {
+        m_session.messages.Beep();
+        return;
+    }
+    const GlobalSettings& g = m_session.settings;
+    ProgramViewDialog dialog(ReadMachineFrame(m_session, g.CommsMachineDir), this);
+    const QString path =
+        PathJoin(g, g.CommsMachineDir, g.CommsDirectory) + item->text() + QStringLiteral(".prg");
+    if (!Guarded([&] { dialog.Load(m_session.files, path); }))
+        return;
+    dialog.exec();
     m_fileList->setFocus();
 }
 

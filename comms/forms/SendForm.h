@@ -17,7 +17,8 @@ namespace kestrova {
 // "Communications - Send Program": the operator picks a machine (where there are several), a
 // data directory and one or more programs, and sends them; the form shows each transmission's
 // progress, with the force button (SendFrc) to start a control that does not ask and the abort
-// button (SendAbrt). Everything but the widgets is SendFormLogic and SendEngine.
+// button (SendAbrt). "View" shows the drawing of the current program before it goes.
+// Everything but the widgets is SendFormLogic and SendEngine.
 class SendForm : public TransferDialog {
     Q_OBJECT
 public:
@@ -37,6 +38,7 @@ private:
     void DirectoryList_Click();
     void SendOk_Click();
     void SendSrch_Click();
+    void SendView_Click();
     void ShowProgress();
 
     void ShowPrograms();
@@ -53,6 +55,7 @@ private:
     QPushButton* m_sendFrc = nullptr;
     QPushButton* m_sendAbrt = nullptr;
     QPushButton* m_sendSrch = nullptr;
+    QPushButton* m_sendView = nullptr;
     QLabel* m_sendLabel = nullptr;
     QLabel* m_sendRate = nullptr;
     QProgressBar* m_progress = nullptr;
