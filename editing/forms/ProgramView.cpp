@@ -23,6 +23,8 @@ constexpr std::chrono::milliseconds SliceTime{25};
 constexpr double DragDistance = 4;
 constexpr double PickTolerance = 6;
 constexpr double ZoomStep = 1.25;
+// How often a window waiting for a drawing on the worker looks whether it is done.
+constexpr int RenderPollMilliseconds = 15;
 // The legend shows at most this many tools, then how many more there are.
 constexpr int LegendRows = 16;
 
@@ -45,7 +47,8 @@ QString Number(double value) {
 
 } // namespace
 
-ProgramView::ProgramView(QWidget* parent) : QWidget(parent), m_loadTimer(new QTimer(this)) {
+ProgramView::ProgramView(QWidget* parent)
+    : QWidget(parent), m_loadTimer(new QTimer(this)), m_renderPoll(new QTimer(this)) {
     setObjectName(QStringLiteral("ProgramView"));
     setAccessibleName(QStringLiteral("Program Drawing"));
     setFocusPolicy(Qt::StrongFocus);
@@ -53,9 +56,16 @@ ProgramView::ProgramView(QWidget* parent) : QWidget(parent), m_loadTimer(new QTi
     setAttribute(Qt::WA_OpaquePaintEvent);
     m_loadTimer->setInterval(0);
     connect(m_loadTimer, &QTimer::timeout, this, &ProgramView::LoadSlice);
+    m_renderPoll->setInterval(RenderPollMilliseconds);
+    connect(m_renderPoll, &QTimer::timeout, this, [this] {
+        if (m_pending.valid() && m_pending.wait_for(std::chrono::seconds(0)) == std::future_status::ready)
+            update();
+    });
 }
 
-ProgramView::~ProgramView() = default;
+ProgramView::~ProgramView() {
+    WaitForRender();
+}
 
 void ProgramView::SetMachine(const MachineFrame& machine) {
     m_machine = machine;
@@ -86,6 +96,7 @@ void ProgramView::LoadSlice() {
         return;
     }
     m_loadTimer->stop();
+    WaitForRender();
     m_drawing = m_load->Finish();
     m_load.reset();
     Drawn();
@@ -99,11 +110,14 @@ void ProgramView::SetProgramText(const QByteArray& text) {
 void ProgramView::SetDrawing(ProgramDrawing drawing) {
     m_loadTimer->stop();
     m_load.reset();
+    WaitForRender();
     m_drawing = std::move(drawing);
     Drawn();
 }
 
 void ProgramView::Drawn() {
+    WaitForRender();
+    ++m_generation;
     m_colours = ToolColours(m_drawing.toolsUsed);
     if (m_highlight && *m_highlight >= m_drawing.Count())
         m_highlight.reset();
@@ -215,29 +229,65 @@ QStringList ProgramView::Notes() const {
     return notes;
 }
 
-void ProgramView::RenderCache() {
-    // The window and half of it again on every side, so that panning moves the image.
-    const int marginX = width() / 2, marginY = height() / 2;
-    m_cacheView = m_view;
-    m_cacheView.width = width() + 2 * marginX;
-    m_cacheView.height = height() + 2 * marginY;
-    if (m_cache.size() != QSize(m_cacheView.width, m_cacheView.height))
-        m_cache = QImage(m_cacheView.width, m_cacheView.height, QImage::Format_ARGB32_Premultiplied);
-    m_cache.fill(Qt::transparent);
-    ProgramPainter(m_drawing, m_colours).Paint(m_cache, m_cacheView);
+DrawingTransform ProgramView::CacheView() const {
+    // Whole pixels of margin, so that the image lies on the window's pixels.
+    DrawingTransform cacheView = m_view;
+    cacheView.width = width() + 2 * (width() / 2);
+    cacheView.height = height() + 2 * (height() / 2);
+    return cacheView;
+}
+
+ProgramView::Rendered ProgramView::Render(const DrawingTransform& cacheView, int generation) const {
+    QImage image(cacheView.width, cacheView.height, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    ProgramPainter(m_drawing, m_colours).Paint(image, cacheView);
+    return {std::move(image), cacheView, generation};
+}
+
+void ProgramView::StartRender() {
+    if (m_pending.valid())
+        return;
+    m_pending = std::async(std::launch::async, [this, cacheView = CacheView(), generation = m_generation] {
+        return Render(cacheView, generation);
+    });
+    m_renderPoll->start();
+}
+
+void ProgramView::TakeRender() {
+    if (!m_pending.valid() || m_pending.wait_for(std::chrono::seconds(0)) != std::future_status::ready)
+        return;
+    Rendered done = m_pending.get();
+    m_renderPoll->stop();
+    if (done.generation != m_generation || done.view.scale != m_view.scale)
+        return; // drawn for what is no longer shown
+    m_cache = std::move(done.image);
+    m_cacheView = done.view;
     m_cacheValid = true;
 }
 
+void ProgramView::WaitForRender() {
+    if (m_pending.valid())
+        m_pending.wait();
+}
+
 void ProgramView::paintEvent(QPaintEvent*) {
-    if (m_view.width != width() || m_view.height != height()) {
-        m_view.width = width();
-        m_view.height = height();
-    }
-    // Where the kept image stands in the window; drawn anew when it no longer covers it.
+    m_view.width = width();
+    m_view.height = height();
+    TakeRender();
+    // Where the kept image stands in the window: drawn anew at once for another scale; on the
+    // worker when the window comes within a quarter of its margin of an edge, the old image
+    // shown meanwhile.
     const double left = m_view.ToX(m_cacheView.WorldX(0)), top = m_view.ToY(m_cacheView.WorldY(0));
-    if (!m_cacheValid || m_cacheView.scale != m_view.scale || left > 0 || top > 0 ||
-        left + m_cacheView.width < width() || top + m_cacheView.height < height())
-        RenderCache();
+    const double slackX = width() / 8.0, slackY = height() / 8.0;
+    if (!m_cacheValid || m_cacheView.scale != m_view.scale) {
+        Rendered now = Render(CacheView(), m_generation);
+        m_cache = std::move(now.image);
+        m_cacheView = now.view;
+        m_cacheValid = true;
+    } else if (left > -slackX || top > -slackY || left + m_cacheView.width < width() + slackX ||
+               top + m_cacheView.height < height() + slackY) {
+        StartRender();
+    }
     QPainter painter(this);
     PaintFrame(painter);
     painter.drawImage(
@@ -339,6 +389,7 @@ void ProgramView::resizeEvent(QResizeEvent*) {
     m_view.width = width();
     m_view.height = height();
     m_cacheValid = false;
+    ++m_generation;
     if (m_fitted)
         Fit();
 }

@@ -8,6 +8,7 @@
 
 #include <QImage>
 #include <QWidget>
+#include <future>
 #include <memory>
 
 class QTimer;
@@ -24,8 +25,9 @@ class ProgramLoad;
 // The wheel and "+"/"-" zoom, dragging and the arrow keys pan, Home fits the whole drawing. A
 // click on an element highlights it and says which program line drew it; the line of the
 // editor's cursor highlights its element in turn. A large program is read a slice at a time
-// while the window goes on painting, and is drawn in levels of detail (ProgramPainter) from an
-// image kept a little larger than the window, so that panning mostly moves that image.
+// while the window goes on painting, and is drawn in levels of detail (ProgramPainter) into an
+// image kept larger than the window: panning moves that image, and the next one is drawn on a
+// worker before the window reaches its edge, so that no frame waits for a whole drawing.
 class ProgramView : public QWidget {
     Q_OBJECT
 public:
@@ -80,7 +82,18 @@ private:
     [[nodiscard]] std::optional<std::pair<float, float>> FrameSize() const;
     [[nodiscard]] QRect LegendBox() const;
     [[nodiscard]] int NotesHeight() const;
-    void RenderCache();
+    // The image kept for the drawing: the window and half of it again on every side.
+    struct Rendered {
+        QImage image;
+        DrawingTransform view;
+        int generation = 0;
+    };
+    [[nodiscard]] DrawingTransform CacheView() const;
+    [[nodiscard]] Rendered Render(const DrawingTransform& cacheView, int generation) const;
+    void StartRender();
+    void TakeRender();
+    // The drawing and its colours are read by a render under way: they change only after it.
+    void WaitForRender();
     void PaintFrame(QPainter& painter) const;
     void PaintMarks(QPainter& painter) const;
     void PaintLegend(QPainter& painter) const;
@@ -100,6 +113,9 @@ private:
     QImage m_cache;
     DrawingTransform m_cacheView;
     bool m_cacheValid = false;
+    std::future<Rendered> m_pending;
+    QTimer* m_renderPoll;
+    int m_generation = 0; // what the kept image was drawn from: the drawing and the window's size
 
     QPointF m_pressAt;
     QPointF m_lastDrag;
