@@ -1,11 +1,33 @@
 #include "Frontend/QtMessageService.h"
 
 #include <QApplication>
+#include <QClipboard>
+#include <QKeyEvent>
 #include <QMessageBox>
 
 namespace kestrova {
 
 namespace {
+
+// An operator pastes a refusal or an error into a mail to the office: Ctrl+C copies the whole
+// text, title aside, and the mouse can select part of it, on every host alike.
+class CopyableMessageBox final : public QMessageBox {
+public:
+    CopyableMessageBox(Icon icon, const QString& title, const QString& text, QWidget* parent)
+        : QMessageBox(icon, title, text, QMessageBox::NoButton, parent) {
+        setTextInteractionFlags(Qt::TextSelectableByMouse);
+    }
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override {
+        if (event->matches(QKeySequence::Copy)) {
+            QGuiApplication::clipboard()->setText(text());
+            event->accept();
+            return;
+        }
+        QMessageBox::keyPressEvent(event);
+    }
+};
 
 struct ButtonSet {
     QList<QMessageBox::StandardButton> buttons;
@@ -71,7 +93,7 @@ Answer AnswerFor(int button) {
 Answer QtMessageService::Show(const Message& message) {
     // Texts are single-byte; on screen they are Windows-1252, whose printable characters the
     // message box shows as they are.
-    QMessageBox box(IconFor(message.icon), message.title, message.text, QMessageBox::NoButton, m_parent);
+    CopyableMessageBox box(IconFor(message.icon), message.title, message.text, m_parent);
     const ButtonSet set = ButtonsFor(message.buttons);
     QMessageBox::StandardButtons all;
     for (auto b : set.buttons)
@@ -82,7 +104,9 @@ Answer QtMessageService::Show(const Message& message) {
     return AnswerFor(box.exec());
 }
 
-void QtMessageService::Beep() { QApplication::beep(); }
+void QtMessageService::Beep() {
+    QApplication::beep();
+}
 
 void QtMessageService::SetBusy(bool busy) {
     if (busy)

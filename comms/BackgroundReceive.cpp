@@ -117,27 +117,65 @@ void BackgroundReceive::CloseLine() {
     m_keptPath.clear();
     CloseTemp();
     m_receiving = false;
-    if (!m_tempHeld && !m_tempPath.isEmpty() && m_session.files.IsFile(m_tempPath))
-        m_session.files.Delete(m_tempPath);
+    if (!m_collectPath.isEmpty() && !m_held.contains(m_collectPath) && m_session.files.IsFile(m_collectPath))
+        m_session.files.Delete(m_collectPath);
+    m_collectPath.clear();
 }
 
 void BackgroundReceive::OpenTemp() {
     m_keptPath.clear();
-    if (m_tempHeld) {
-        // A program that could not be moved out of "Receive.tmp": tried again, quietly.
-        QString failure;
-        m_tempHeld = kestrova::KeepUnfiled(m_session.files, m_session.settings.ProgramPath, m_tempPath,
-                                           failure) == m_tempPath;
-    }
+    MoveHeldAway();
+    m_collectPath = FreeCollectPath();
     m_receiving = true;
     try {
-        m_temp = std::make_unique<TextWriter>(
-            m_session.files, m_tempPath, m_tempHeld ? TextWriter::Mode::Append : TextWriter::Mode::Create);
+        m_temp = std::make_unique<TextWriter>(m_session.files, m_collectPath, TextWriter::Mode::Create);
         m_temp->WriteThrough();
     } catch (const SystemError& e) {
         // Without "Receive.tmp" this program goes to a file of its own from its first character:
         // a program whose beginning is missing must never be filed as if it were whole.
         DivertAfterWriteFailure(e.text());
+    }
+}
+
+void BackgroundReceive::HoldIfNotMoved(const QString& kept) {
+    // Where a program could not be moved out of its collecting file, it stays there: neither the
+    // next program nor a stop may replace it, and the next program collects in a file of its own.
+    if (kept == m_collectPath && !m_held.contains(kept))
+        m_held.append(kept);
+}
+
+void BackgroundReceive::MoveHeldAway() {
+    // Programs that could not be moved out of their collecting files: tried again, quietly.
+    // Oldest first, so that the "Unfiled N.prg" names follow the order the programs came in.
+    QStringList stillHeld;
+    for (const QString& held : std::as_const(m_held)) {
+        QString failure;
+        if (kestrova::KeepUnfiled(m_session.files, m_session.settings.ProgramPath, held, failure) == held)
+            stillHeld << held;
+    }
+    m_held = stillHeld;
+}
+
+QString BackgroundReceive::FreeCollectPath() const {
+    // "Receive.tmp" unless it holds a program that could not be moved away; then "Receive 2.tmp"
+    // and on, so that two programs never end up in one file.
+    QString path = m_tempPath;
+    for (int n = 2; m_held.contains(path); ++n)
+        path = m_session.settings.SystemPath + QStringLiteral("Receive ") + NumberText(n) +
+               QStringLiteral(".tmp");
+    return path;
+}
+
+void BackgroundReceive::DropSpareCollectFile() {
+    // "Receive.tmp" is left as it always has been, replaced by the next program; a spare one
+    // taken while it was held has done its work.
+    if (m_collectPath == m_tempPath)
+        return;
+    try {
+        if (m_session.files.IsFile(m_collectPath))
+            m_session.files.Delete(m_collectPath);
+    } catch (const SystemError& e) {
+        qWarning().noquote() << QStringLiteral("Kestrova: %1").arg(e.text());
     }
 }
 
@@ -198,7 +236,7 @@ void BackgroundReceive::TakeReceivedText(const QString& chunk) {
             if (m_keptPath.isEmpty()) {
                 try {
                     FileReceivedProgram();
-                    m_tempHeld = false;
+                    DropSpareCollectFile();
                 } catch (const SystemError& e) {
                     // Nothing received is discarded, and the rest of the chunk goes on.
                     KeepUnfiled(e.text());
@@ -218,16 +256,16 @@ void BackgroundReceive::TakeReceivedText(const QString& chunk) {
 void BackgroundReceive::FileReceivedProgram() {
     FileSystem& files = m_session.files;
     const GlobalSettings& g = m_session.settings;
-    if (!files.IsFile(m_tempPath))
+    if (m_collectPath.isEmpty() || !files.IsFile(m_collectPath))
         return;
-    if (files.Length(m_tempPath) < 2) {
-        files.Delete(m_tempPath);
+    if (files.Length(m_collectPath) < 2) {
+        files.Delete(m_collectPath);
         return;
     }
 
     ReceivedHeader header;
     {
-        LineReader in(files, m_tempPath);
+        LineReader in(files, m_collectPath);
         for (int index = 0; index < 3 && !in.AtEnd(); ++index)
             header.TakeLine(index, TrimBlanks(in.ReadLine()));
     }
@@ -268,29 +306,20 @@ void BackgroundReceive::FileReceivedProgram() {
         named = FileInDirectory(path, program, QStringLiteral("prg"));
     }
     const QString target = *named;
-    if (files.Exists(target))
-        files.Delete(target);
-    try {
-        if (header.Found) {
-            LineReader in(files, m_tempPath);
-            TextWriter out(files, target, TextWriter::Mode::Create);
-            while (!in.AtEnd()) {
-                const QString line = TrimBlanks(in.ReadLine());
-                if (!line.isEmpty() && !HoldsHeaderMarker(line))
-                    out.WriteLine(line);
-            }
-            out.Close();
-        } else {
-            files.Copy(m_tempPath, target);
+    // The program of that name is replaced whole: it keeps its text until the new one is complete
+    // and on the disk, and a link stays a link, so a failure here leaves it as it was and the
+    // received program whole in its collecting file.
+    if (header.Found) {
+        LineReader in(files, m_collectPath);
+        TextWriter out(files, target, TextWriter::Mode::Replace);
+        while (!in.AtEnd()) {
+            const QString line = TrimBlanks(in.ReadLine());
+            if (!line.isEmpty() && !HoldsHeaderMarker(line))
+                out.WriteLine(line);
         }
-    } catch (const SystemError&) {
-        // A program half written is no program; the whole of it is still in "Receive.tmp".
-        try {
-            if (files.IsFile(target))
-                files.Delete(target);
-        } catch (const SystemError&) {
-        }
-        throw;
+        out.Close();
+    } else {
+        files.Copy(m_collectPath, target);
     }
 
     QString entry = program + QStringLiteral(" in ") + directory;
@@ -322,10 +351,8 @@ void BackgroundReceive::AddListLine(const QString& entry) {
 void BackgroundReceive::KeepUnfiled(const QString& reason) {
     FileSystem& files = m_session.files;
     QString failure;
-    const QString kept = kestrova::KeepUnfiled(files, m_session.settings.ProgramPath, m_tempPath, failure);
-    // Where it could not be moved, the program stays in "Receive.tmp": the next program is added
-    // to it instead of replacing it, and stopping the receive leaves it.
-    m_tempHeld = kept == m_tempPath;
+    const QString kept = kestrova::KeepUnfiled(files, m_session.settings.ProgramPath, m_collectPath, failure);
+    HoldIfNotMoved(kept);
     TellUnfiled(kept, reason, failure);
 }
 
@@ -384,11 +411,10 @@ void BackgroundReceive::DivertAfterWriteFailure(const QString& reason) {
     }
     QString failure;
     const QString kept =
-        files.IsFile(m_tempPath)
-            ? kestrova::KeepUnfiled(files, m_session.settings.ProgramPath, m_tempPath, failure)
+        files.IsFile(m_collectPath)
+            ? kestrova::KeepUnfiled(files, m_session.settings.ProgramPath, m_collectPath, failure)
             : FreeUnfiledName(files, m_session.settings.ProgramPath);
-    // Where it could not be moved, it stays in "Receive.tmp", which is then never replaced.
-    m_tempHeld = kept == m_tempPath;
+    HoldIfNotMoved(kept);
     m_keptPath = kept;
     try {
         m_temp = std::make_unique<TextWriter>(files, kept, TextWriter::Mode::Append);

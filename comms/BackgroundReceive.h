@@ -66,6 +66,9 @@ public:
     [[nodiscard]] const QString& TrailerMatch() const { return m_trailerMatch; }
     [[nodiscard]] const QString& EndMatch() const { return m_endMatch; }
     [[nodiscard]] const QString& TempPath() const { return m_tempPath; }
+    // The file that collects the program now arriving: "Receive.tmp", or the next free
+    // "Receive N.tmp" while "Receive.tmp" holds a program that could not be moved away.
+    [[nodiscard]] const QString& CollectPath() const { return m_collectPath; }
     [[nodiscard]] const QString& ListPath() const { return m_listPath; }
     [[nodiscard]] SerialLine& Line() { return *m_line; }
     [[nodiscard]] BackgroundLineState LineState() const { return m_state; }
@@ -108,6 +111,10 @@ private:
     // Adds a line to "Receive.lst" (created anew when missing or shorter than 4 bytes).
     void AddListLine(const QString& entry);
     void OpenTemp();
+    void HoldIfNotMoved(const QString& kept);
+    void MoveHeldAway();
+    void DropSpareCollectFile();
+    [[nodiscard]] QString FreeCollectPath() const;
     void CloseTemp();
 
     Session& m_session;
@@ -115,10 +122,11 @@ private:
     BackgroundSettings m_settings;
     QString m_tempPath;
     QString m_listPath;
-    std::unique_ptr<TextWriter> m_temp; // "Receive.tmp" while a program is collected
+    std::unique_ptr<TextWriter> m_temp; // the collecting file while a program is collected
+    QString m_collectPath;              // "Receive.tmp", or another while that one is held
+    QStringList m_held;                 // collecting files that hold a program not yet moved away
     QString m_keptPath;                 // the file of its own that takes the program after a failed write
     QByteArray m_pending;               // received characters that no file has taken yet
-    bool m_tempHeld = false;            // "Receive.tmp" holds a program that could not be moved away
     bool m_receiving = false;
     QString m_trailerMatch;
     QString m_endMatch;

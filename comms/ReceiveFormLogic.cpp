@@ -15,10 +15,6 @@ namespace {
 const QString TempName = QStringLiteral("Commstmp.prg");
 constexpr int NameMode = -32; // the name box's key filter
 
-QString Quoted(const QString& name) {
-    return u'"' + name + u'"';
-}
-
 } // namespace
 
 ReceiveFormLogic::ReceiveFormLogic(Session& session, GeneralReceive& receive)
@@ -73,8 +69,7 @@ ReceiveOkOutcome ReceiveFormLogic::ReceiveOk_Click(const QString& nameText) {
     const QString& target = *stored;
     if (files.Exists(target)) {
         messages.Beep();
-        const Answer answer =
-            messages.Ask(Quoted(name) + QStringLiteral(" Already Exists !\n\nOverwrite It ?"));
+        const Answer answer = messages.Ask(OverwriteQuestion(name));
         g.LastAnswer = Int16::From(int(answer));
     } else {
         g.LastAnswer = Int16::From(int(Answer::Yes));

@@ -16,10 +16,6 @@ namespace {
 
 constexpr int ProgramKind = 2;
 
-QString Quoted(const QString& text) {
-    return u'"' + text + u'"';
-}
-
 } // namespace
 
 void OpenInEditor(Session& session, ProgramLauncher& launcher, const QString& file) {

@@ -1,5 +1,7 @@
 #include "editing/ProgramRewrite.h"
 
+#include "platform/MessageService.h"
+
 namespace kestrova {
 
 namespace {
@@ -9,10 +11,6 @@ namespace {
 constexpr qint64 ProgressStep = 1 << 18;
 // The new text goes to the disk in writes of about this size.
 constexpr qsizetype WriteChunk = 1 << 18;
-
-QString Quoted(const QString& path) {
-    return u'"' + path + u'"';
-}
 
 QString Unchanged(const QString& program) {
     return QStringLiteral("The Program %1 Is Unchanged !").arg(Quoted(program));

@@ -25,10 +25,6 @@ Int16 FirstFreeNumber(const FileSystem& files, const QString& directory) {
 
 namespace {
 
-bool IsProgramMember(const QString& extension) {
-    return extension == u"prg" || extension == u"inf" || extension == u"rpt" || extension == u"stp";
-}
-
 int ExportDrawing(Session& session, const QString& sourceDir, const QString& name, const QString& target,
                   const QString& newName) {
     if (session.files.IsFile(target + newName + QStringLiteral(".drw")) && !AskOverwrite(session, newName))

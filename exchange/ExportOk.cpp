@@ -2,6 +2,7 @@
 
 #include "exchange/CountText.h"
 #include "exchange/ExportFile.h"
+#include "filestore/DriveCheck.h"
 #include "filestore/Names.h"
 #include "platform/Blanks.h"
 #include "platform/FileBatch.h"
@@ -13,7 +14,7 @@ ExportOutcome ExportOk_Click(Session& session, const ExportRequest& request) {
     QString target = TrimBlanks(request.target);
     if (!target.endsWith(u'\\'))
         target += u'\\';
-    const QString quotedTarget = u'"' + target + u'"';
+    const QString quotedTarget = Quoted(target);
     const bool eightChar = request.format == ExportFormat::EightCharacter;
     QString newName;
     Answer answer = Answer::No;
@@ -41,11 +42,8 @@ ExportOutcome ExportOk_Click(Session& session, const ExportRequest& request) {
     session.settings.LastAnswer = Int16::From(int(answer));
     if (answer != Answer::Yes)
         return ExportOutcome::Stay;
-    if (!DriveExists(session.files, target)) {
-        messages.Refuse(QStringLiteral("Disc Not Ready !"));
-        if (!DriveExists(session.files, target))
-            return ExportOutcome::FocusDrive;
-    }
+    if (!DriveReadyAfterRetry(session, target, DiscNotReady))
+        return ExportOutcome::FocusDrive;
     Int16 count = 0;
     {
         const BusyCursor busy(messages);

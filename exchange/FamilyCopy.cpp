@@ -6,8 +6,7 @@
 namespace kestrova {
 
 bool AskOverwrite(Session& session, const QString& name) {
-    const Answer answer =
-        session.messages.Ask(u'"' + name + QStringLiteral("\" Already Exists !\n\nOverwrite It ?"));
+    const Answer answer = session.messages.Ask(OverwriteQuestion(name));
     session.settings.LastAnswer = Int16::From(int(answer));
     return answer == Answer::Yes;
 }

@@ -10,14 +10,15 @@ ImportClass ClassOfImport(const QString& fileName) {
     static const QStringList singles{QStringLiteral("drg"), QStringLiteral("dxf"), QStringLiteral("bmp"),
                                      QStringLiteral("jpg"), QStringLiteral("nst"), QStringLiteral("ndf"),
                                      QStringLiteral("dfn"), QStringLiteral("mdf"), QStringLiteral("ajb"),
-                                     QStringLiteral("usr"), QStringLiteral("seq"), QStringLiteral("inf"),
-                                     QStringLiteral("rpt"), QStringLiteral("stp")};
+                                     QStringLiteral("usr"), QStringLiteral("seq")};
     const QString extension = GetExtension(fileName).toLower();
     if (extension == u"drw")
         return ImportClass::Drawing;
     if (extension == u"prg")
         return ImportClass::Program;
-    return singles.contains(extension) ? ImportClass::SingleFile : ImportClass::ForeignProgram;
+    // A program's own members come over as single files when imported on their own.
+    return singles.contains(extension) || IsProgramMember(extension) ? ImportClass::SingleFile
+                                                                     : ImportClass::ForeignProgram;
 }
 
 int ImportFile(Session& session, const QString& sourceDir, const QString& targetDir,
@@ -32,17 +33,15 @@ int ImportFile(Session& session, const QString& sourceDir, const QString& target
         if (files.IsFile(targetDir + base + QStringLiteral(".drw")) && !AskOverwrite(session, base))
             return 0;
         DeleteFamily(session, targetDir, base, 1);
-        CopyMembers(session, sourceDir, base, targetDir, base, [](const QString& extension) {
-            return extension != u"prg" && extension != u"inf" && extension != u"rpt" && extension != u"stp";
-        });
+        CopyMembers(session, sourceDir, base, targetDir, base,
+                    [](const QString& extension) { return !IsProgramMember(extension); });
         return 1;
     case ImportClass::Program:
         if (files.IsFile(targetDir + base + QStringLiteral(".prg")) && !AskOverwrite(session, base))
             return 0;
         DeleteFamily(session, targetDir, base, 2);
-        for (const char* extension : {".prg", ".inf", ".rpt", ".stp"})
-            CopyIfPresent(files, sourceDir + base + QLatin1String(extension),
-                          targetDir + base + QLatin1String(extension));
+        for (const QString& extension : ProgramMemberExtensions())
+            CopyIfPresent(files, sourceDir + base + u'.' + extension, targetDir + base + u'.' + extension);
         return 1;
     case ImportClass::SingleFile:
         if (files.IsFile(targetDir + fileName)) {

@@ -3,6 +3,7 @@
 #include "exchange/CountText.h"
 #include "exchange/FamilyCopy.h"
 #include "exchange/ImportFile.h"
+#include "filestore/DriveCheck.h"
 #include "filestore/Names.h"
 #include "filestore/SelectDirectory.h"
 #include "platform/Blanks.h"
@@ -17,14 +18,6 @@ QString& LastImportSource() {
 }
 
 namespace {
-
-// The source drive, tested once more after the report.
-bool SourceReady(Session& session, const QString& source) {
-    if (DriveExists(session.files, source))
-        return true;
-    session.messages.Refuse(QStringLiteral("Disc Not Ready !"));
-    return DriveExists(session.files, source);
-}
 
 // Imports one sub-routine into the suite's sub-routine directory; 0 when declined.
 int ImportSubRoutine(Session& session, const QString& source, const QString& name) {
@@ -62,7 +55,7 @@ ImportOutcome ImportSelected(Session& session, const ImportRequest& request, con
     session.settings.LastAnswer = Int16::From(int(answer));
     if (answer != Answer::Yes)
         return ImportOutcome::Stay;
-    if (!SourceReady(session, source))
+    if (!DriveReadyAfterRetry(session, source, DiscNotReady))
         return ImportOutcome::FocusDrive;
     Int16 count = 0;
     {
@@ -89,10 +82,8 @@ ImportOutcome ImportOk_Click(Session& session, const ImportRequest& request) {
         return ImportOutcome::Stay;
     const QString targetText = TrimBlanks(request.targetDirectory);
     if (targetText.compare(g.CurrentDir, Qt::CaseInsensitive) != 0 && HasColon(targetText) &&
-        !DriveExists(session.files, targetText)) {
-        session.messages.Refuse(QStringLiteral("Target Disk Not Ready !"));
+        !DriveReadyOrRefused(session, targetText, QStringLiteral("Target Disk Not Ready !")))
         return ImportOutcome::FocusTarget;
-    }
     if (targetText.isEmpty()) {
         session.messages.Report(QStringLiteral("No Target Directory Selected !"));
         return ImportOutcome::FocusTarget;

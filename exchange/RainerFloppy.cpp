@@ -3,6 +3,7 @@
 #include "exchange/CountText.h"
 #include "exchange/FamilyCopy.h"
 #include "exchange/RainerIndex.h"
+#include "filestore/DriveCheck.h"
 #include "filestore/FileFamily.h"
 #include "filestore/KeyFilter.h"
 #include "filestore/Names.h"
@@ -21,14 +22,8 @@ bool FloppyReady(const FileSystem& files) {
 
 // The check every form operation makes after its question. True when the work may go on.
 bool FormDriveCheck(Session& session, Answer answer) {
-    if (!FloppyReady(session.files)) {
-        if (answer != Answer::Yes)
-            return false;
-        session.messages.Refuse(QStringLiteral("Floppy Disc Not Ready !"));
-        if (!FloppyReady(session.files))
-            answer = Answer::No;
-    }
-    return answer == Answer::Yes;
+    return answer == Answer::Yes &&
+           DriveReadyAfterRetry(session, rainer::Drive, QStringLiteral("Floppy Disc Not Ready !"));
 }
 
 // The questions of Import and Delete: Yes is their default.
@@ -214,10 +209,8 @@ RainOutcome RainerDelete(Session& session, const QList<RainerChoice>& chosen) {
 }
 
 bool FloppyReadyForMenu(Session& session) {
-    if (FloppyReady(session.files))
-        return true;
-    session.messages.Refuse(QStringLiteral("Floppy Disk Not Ready !\n\nInsert Floppy Disk Now !"));
-    if (FloppyReady(session.files))
+    if (DriveReadyAfterRetry(session, rainer::Drive,
+                             QStringLiteral("Floppy Disk Not Ready !\n\nInsert Floppy Disk Now !")))
         return true;
     session.messages.Beep();
     return false;

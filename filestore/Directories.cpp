@@ -1,6 +1,6 @@
 #include "filestore/Directories.h"
 
-#include "filestore/FileOperations.h"
+#include "filestore/DriveCheck.h"
 #include "filestore/Names.h"
 #include "filestore/SelectDirectory.h"
 #include "platform/Blanks.h"
@@ -10,10 +10,8 @@ namespace kestrova {
 
 namespace {
 
-const QChar Q = u'"';
-
 QString AlreadyExists(const QString& name) {
-    return QStringLiteral("Directory ") + Q + name + Q + QStringLiteral(" Already Exists !");
+    return QStringLiteral("Directory ") + Quoted(name) + QStringLiteral(" Already Exists !");
 }
 
 // Deletes the files of a directory, looking twice: a first pass that leaves files (one written
@@ -64,10 +62,8 @@ DirectoryOkOutcome DirectoryOk(Session& session, int action, const QString& chos
     }
     switch (action) {
     case 1:
-        if (HasColon(entry) && !DriveExists(files, entry)) {
-            messages.Refuse(QStringLiteral("Disc Not Ready !"));
+        if (HasColon(entry) && !DriveReadyOrRefused(session, entry, DiscNotReady))
             return DirectoryOkOutcome::FocusList;
-        }
         SelectDirectory(session, HasColon(entry) ? entry.left(2) : entry);
         return DirectoryOkOutcome::Done;
     case 2:
@@ -84,7 +80,7 @@ DirectoryOkOutcome DirectoryOk(Session& session, int action, const QString& chos
             files.MakeDirectory(base + name);
             return DirectoryOkOutcome::Done;
         }
-        if (messages.Ask(QStringLiteral("Rename ") + Q + entry + Q + QStringLiteral("\nAs ") + Q + name + Q +
+        if (messages.Ask(QStringLiteral("Rename ") + Quoted(entry) + QStringLiteral("\nAs ") + Quoted(name) +
                          QStringLiteral(" ?")) != Answer::Yes)
             return DirectoryOkOutcome::Stay;
         files.Rename(base + entry, base + name);
@@ -94,12 +90,12 @@ DirectoryOkOutcome DirectoryOk(Session& session, int action, const QString& chos
     }
 
     // Delete.
-    if (messages.Ask(QStringLiteral("Delete ") + Q + entry + Q + QStringLiteral(" !")) != Answer::Yes)
+    if (messages.Ask(QStringLiteral("Delete ") + Quoted(entry) + QStringLiteral(" !")) != Answer::Yes)
         return DirectoryOkOutcome::Stay;
     const QString directory = base + entry + u'\\';
     if (!files.List(directory, QStringLiteral("*.*"), EntryKinds::Files).isEmpty()) {
         messages.Beep();
-        if (messages.Ask(QStringLiteral("Directory ") + Q + entry + Q +
+        if (messages.Ask(QStringLiteral("Directory ") + Quoted(entry) +
                          QStringLiteral(" Is Not Empty !\n\nDelete it Anyway ?")) != Answer::Yes)
             return DirectoryOkOutcome::Stay;
     }

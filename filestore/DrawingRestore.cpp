@@ -1,6 +1,5 @@
 #include "filestore/DrawingRestore.h"
 
-#include "filestore/FileOperations.h"
 #include "filestore/LastFile.h"
 #include "filestore/Names.h"
 #include "filestore/SelectDirectory.h"
@@ -8,11 +7,7 @@
 
 namespace kestrova {
 
-namespace {
-
-const QChar Q = u'"';
-
-} // namespace
+namespace {} // namespace
 
 bool RestorableDrawing(Session& session) {
     return session.files.IsFile(session.settings.RestoreStem + QStringLiteral("drw"));
@@ -34,7 +29,7 @@ RestoreOutcome RestoreDrawing(Session& session, const QString& name, const QStri
     }
     const QString target = g.RootPath + g.MachineDir + u'\\' + d + u'\\' + n + u'.';
     if (files.IsFile(target + QStringLiteral("drw")) &&
-        messages.Ask(QStringLiteral("Drawing ") + Q + n + Q +
+        messages.Ask(QStringLiteral("Drawing ") + Quoted(n) +
                      QStringLiteral("\n\nAlready Exists!  Overwrite it ?")) != Answer::Yes)
         return RestoreOutcome::Stay;
     if (!RestorableDrawing(session)) {
@@ -50,7 +45,7 @@ RestoreOutcome RestoreDrawing(Session& session, const QString& name, const QStri
         if (!extension.isEmpty())
             files.Copy(undoArea + companion, target + extension);
     }
-    messages.Report(QStringLiteral("Last Modified Drawing Restored As\n\n") + Q + n + Q);
+    messages.Report(QStringLiteral("Last Modified Drawing Restored As\n\n") + Quoted(n));
     if (d.compare(g.CurrentDir, Qt::CaseInsensitive) != 0)
         SelectDirectory(session, d);
     RememberLastFile(session, d, n);

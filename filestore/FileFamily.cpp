@@ -7,10 +7,17 @@
 
 namespace kestrova {
 
-namespace {
+const QStringList& ProgramMemberExtensions() {
+    static const QStringList members{QStringLiteral("prg"), QStringLiteral("inf"), QStringLiteral("rpt"),
+                                     QStringLiteral("stp")};
+    return members;
+}
 
-const QStringList ProgramMembers{QStringLiteral("prg"), QStringLiteral("inf"), QStringLiteral("rpt"),
-                                 QStringLiteral("stp")};
+bool IsProgramMember(const QString& extension) {
+    return ProgramMemberExtensions().contains(extension);
+}
+
+namespace {
 
 struct Transfer {
     QString from;
@@ -41,11 +48,11 @@ void DeleteMembers(FileSystem& files, const QString& directory, const QStringLis
         const QString extension = GetExtension(member);
         bool deleted = false;
         if (kind == 2) {
-            deleted = ProgramMembers.contains(extension.toLower());
+            deleted = IsProgramMember(extension.toLower());
         } else if (kind == 1 || kind == 3) {
             // A nest file survives in any letter case; the program members of kind 1 only as spelled.
             const bool nest = extension.compare(QLatin1String("nst"), Qt::CaseInsensitive) == 0;
-            deleted = !nest && !(kind == 1 && (extension.isEmpty() || ProgramMembers.contains(extension)));
+            deleted = !nest && !(kind == 1 && (extension.isEmpty() || IsProgramMember(extension)));
         }
         if (deleted)
             files.Delete(directory + member);
@@ -63,14 +70,14 @@ QList<Transfer> Plan(Session& session, const QString& sourceDir, const QString& 
         if (kind == 2) {
             // Exactly the program members, each under its extension in lower case.
             const QString lower = extension.toLower();
-            if (ProgramMembers.contains(lower) && (lower != QLatin1String("stp") || within))
+            if (IsProgramMember(lower) && (lower != QLatin1String("stp") || within))
                 plan.append({sourceDir + member, destinationDir + destinationName + u'.' + lower});
             continue;
         }
         bool boundToMachine = false;
         if (kind == 1) {
             // As spelled: "PRG" is no program member here.
-            boundToMachine = ProgramMembers.contains(extension) || extension.isEmpty() ||
+            boundToMachine = IsProgramMember(extension) || extension.isEmpty() ||
                              extension == QLatin1String("usr") || extension == QLatin1String("seq");
         } else {
             const QString lower = extension.toLower();
@@ -117,8 +124,7 @@ bool PrepareDestination(Session& session, const QString& sourceDir, const QStrin
     const QStringList old = FamilyMembers(session.files, destinationDir, destinationName);
     Answer answer = Answer::Yes;
     if (DestinationExists(old, kind))
-        answer = session.messages.Ask(u'"' + destinationName +
-                                      QStringLiteral("\" Already Exists !\n\nOverwrite It ?"));
+        answer = session.messages.Ask(OverwriteQuestion(destinationName));
     g.LastAnswer = Int16::From(int(answer));
     if (answer != Answer::Yes)
         return false;

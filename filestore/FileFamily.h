@@ -3,8 +3,14 @@
 #include "Frontend/Session.h"
 
 #include <QString>
+#include <QStringList>
 
 namespace kestrova {
+
+// The extensions, in lower case, of the members that belong to a program rather than to its
+// drawing: the program, its information, its report and its set-up sheet.
+[[nodiscard]] const QStringList& ProgramMemberExtensions();
+[[nodiscard]] bool IsProgramMember(const QString& lowerExtension);
 
 // A drawing or an NC program is never one file: every file of a directory whose base name is
 // the same (X.drw, X.dxf, X.prg, X.inf, X without extension, ...) belongs to one family, and the

@@ -1,5 +1,6 @@
 #include "filestore/FileOperations.h"
 
+#include "filestore/DriveCheck.h"
 #include "filestore/FileFamily.h"
 #include "filestore/Names.h"
 #include "platform/Blanks.h"
@@ -10,12 +11,6 @@
 namespace kestrova {
 
 namespace {
-
-const QChar Q = u'"';
-
-QString Quoted(const QString& name) {
-    return Q + name + Q;
-}
 
 // Runs the family operations of a batch; one that fails stops the batch with its message.
 // Returns the families done.
@@ -77,11 +72,6 @@ FileFormLayout FileFormLayoutOf(int action, int machineCount) {
                 machine,
                 true};
     }
-}
-
-bool AcceptableNewName(const QString& name) {
-    const QString trimmed = TrimBlanks(name);
-    return AcceptableOutsideName(trimmed) && !trimmed.contains(u'*') && !trimmed.contains(u'?');
 }
 
 QString CountMessage(int count, const QString& verb) {
@@ -181,10 +171,8 @@ FileOkOutcome FileOk(Session& session, const FileChoice& choice) {
         Answer::Yes)
         return FileOkOutcome::FocusDirectoryList;
     const QString machineDir = choice.machineChoice ? MachineDirOf(g, choice.machineNumber) : g.MachineDir;
-    if (HasColon(destination) && !DriveExists(session.files, destination)) {
-        messages.Refuse(QStringLiteral("Disc Not Ready !"));
+    if (HasColon(destination) && !DriveReadyOrRefused(session, destination, DiscNotReady))
         return FileOkOutcome::FocusDirectoryList;
-    }
     const QString target = PathJoin(g, machineDir, destination);
     const Int16 done = RunBatch(session, choice.names, [&](const QString& name) {
         return move ? MoveFamily(session, source, name, target, name, kind)

@@ -23,11 +23,6 @@ struct FileFormLayout {
 };
 [[nodiscard]] FileFormLayout FileFormLayoutOf(int action, int machineCount);
 
-// A new file or directory name typed by the operator: 1 to 32 characters after trimming, and nothing that
-// could leave the directory or act as a pattern (no "\", "/", ":", "*", "?", control character,
-// and neither "." nor "..").
-[[nodiscard]] bool AcceptableNewName(const QString& name);
-
 // What the file form holds when OK is pressed.
 struct FileChoice {
     int action = 0;

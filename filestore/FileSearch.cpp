@@ -12,7 +12,8 @@ bool Skipped(const QString& entry) {
            entry.compare(QLatin1String("EXSUBS"), Qt::CaseInsensitive) == 0;
 }
 
-QString Quoted(const QString& text) {
+// The search form shows a name quoted with a blank inside each mark.
+QString QuotedWithBlanks(const QString& text) {
     return QStringLiteral("\" ") + text + QStringLiteral(" \"");
 }
 
@@ -63,7 +64,7 @@ QList<SearchRow> SearchFiles(Session& session, const QString& machineDir, const 
 QString NothingFoundMessage(const QString& text, bool drawings, bool programs) {
     const QString wanted = TrimBlanks(text);
     if (!wanted.isEmpty())
-        return QStringLiteral("No Occurrences Of ") + Quoted(wanted) + QStringLiteral(" Found ");
+        return QStringLiteral("No Occurrences Of ") + QuotedWithBlanks(wanted) + QStringLiteral(" Found ");
     if (drawings && programs)
         return QStringLiteral("No Drawings Or Programs Found ");
     return drawings ? QStringLiteral("No Drawings Found ") : QStringLiteral("No Programs Found ");
@@ -71,7 +72,7 @@ QString NothingFoundMessage(const QString& text, bool drawings, bool programs) {
 
 QString SearchTextCaption(const QString& text) {
     const QString wanted = TrimBlanks(text);
-    return wanted.isEmpty() ? QString() : Quoted(wanted);
+    return wanted.isEmpty() ? QString() : QuotedWithBlanks(wanted);
 }
 
 QString SearchKindCaption(bool drawings, bool programs) {

@@ -78,4 +78,9 @@ bool AcceptableOutsideName(const QString& name) {
     return name.size() <= 32 && StaysInDirectory(name);
 }
 
+bool AcceptableNewName(const QString& name) {
+    const QString trimmed = TrimBlanks(name);
+    return AcceptableOutsideName(trimmed) && !trimmed.contains(u'*') && !trimmed.contains(u'?');
+}
+
 } // namespace kestrova

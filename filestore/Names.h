@@ -43,6 +43,11 @@ namespace kestrova {
 // data directories.
 [[nodiscard]] bool AcceptableOutsideName(const QString& name);
 
+// A new file or directory name typed by the operator: 1 to 32 characters after trimming, and nothing that
+// could leave the directory or act as a pattern (no "\", "/", ":", "*", "?", control character,
+// and neither "." nor "..").
+[[nodiscard]] bool AcceptableNewName(const QString& name);
+
 // A number as text, without the blank in front of positive numbers.
 [[nodiscard]] QString NumberText(long long number);
 

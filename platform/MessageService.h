@@ -42,6 +42,17 @@ public:
     Answer ShowError(const QString& text) { return Show({text, Buttons::Ok, Icon::Critical, 1}); }
 };
 
+// A name inside a message stands between double-quote characters.
+[[nodiscard]] inline QString Quoted(const QString& name) {
+    return u'"' + name + u'"';
+}
+
+// The question before a file or family is replaced: the name quoted, " Already Exists !", an
+// empty line, "Overwrite It ?".
+[[nodiscard]] inline QString OverwriteQuestion(const QString& name) {
+    return Quoted(name) + QStringLiteral(" Already Exists !\n\nOverwrite It ?");
+}
+
 // The hourglass for the lifetime of a scope.
 class BusyCursor {
 public:

@@ -1,5 +1,6 @@
 #include "editing/forms/EditForm.h"
 
+#include "filestore/forms/FormParts.h"
 #include "filestore/forms/NameKeyFilter.h"
 #include "filestore/forms/SearchForm.h"
 
@@ -15,34 +16,6 @@
 #include <QVBoxLayout>
 
 namespace kestrova {
-
-namespace {
-
-QListWidget* List(QWidget* parent, const QString& name, QAbstractItemView::SelectionMode mode) {
-    auto* list = new QListWidget(parent);
-    list->setObjectName(name);
-    list->setSelectionMode(mode);
-    return list;
-}
-
-QPushButton* Button(QWidget* parent, const QString& name, const QString& caption) {
-    auto* button = new QPushButton(caption, parent);
-    button->setObjectName(name);
-    button->setAutoDefault(false);
-    return button;
-}
-
-void Fill(QListWidget* list, const ListModel& model) {
-    const QSignalBlocker quiet(list);
-    list->clear();
-    list->addItems(model.entries);
-    if (model.selected >= 0) {
-        list->setCurrentRow(model.selected);
-        list->item(model.selected)->setSelected(true);
-    }
-}
-
-} // namespace
 
 EditForm::EditForm(Session& session, ProgramLauncher& launcher, QWidget* parent)
     : QDialog(parent), m_session(session), m_logic(session, launcher), m_layout(m_logic.Layout()) {
@@ -62,8 +35,8 @@ EditForm::EditForm(Session& session, ProgramLauncher& launcher, QWidget* parent)
 void EditForm::BuildControls() {
     m_listLabel = new QLabel(m_layout.caption, this);
     m_listLabel->setObjectName(QStringLiteral("ListLabel"));
-    m_editList1 = List(this, QStringLiteral("EditList1"), QAbstractItemView::SingleSelection);
-    m_editList2 = List(this, QStringLiteral("EditList2"), QAbstractItemView::ExtendedSelection);
+    m_editList1 = MakeFormList(this, QStringLiteral("EditList1"), QAbstractItemView::SingleSelection);
+    m_editList2 = MakeFormList(this, QStringLiteral("EditList2"), QAbstractItemView::ExtendedSelection);
 
     m_nameLabel = new QLabel(QStringLiteral("Program Name"), this);
     m_nameLabel->setObjectName(QStringLiteral("NameLabel"));
@@ -78,7 +51,7 @@ void EditForm::BuildControls() {
     auto* directoryLayout = new QVBoxLayout(m_directoryFrame);
     directoryLayout->addWidget(new QLabel(QStringLiteral("Directory"), m_directoryFrame));
     m_directoryList =
-        List(m_directoryFrame, QStringLiteral("DirectoryList"), QAbstractItemView::SingleSelection);
+        MakeFormList(m_directoryFrame, QStringLiteral("DirectoryList"), QAbstractItemView::SingleSelection);
     directoryLayout->addWidget(m_directoryList);
 
     m_renumFrame = new QFrame(this);
@@ -108,10 +81,10 @@ void EditForm::BuildControls() {
     m_progressLabel->hide();
     m_progressBar->hide();
 
-    m_search = Button(this, QStringLiteral("Search"), QStringLiteral("&Search"));
-    m_editOk = Button(this, QStringLiteral("EditOk"), QStringLiteral("OK"));
+    m_search = MakeFormButton(this, QStringLiteral("Search"), QStringLiteral("&Search"));
+    m_editOk = MakeFormButton(this, QStringLiteral("EditOk"), QStringLiteral("OK"));
     m_editOk->setDefault(true);
-    m_editCncl = Button(this, QStringLiteral("EditCncl"), QStringLiteral("Cancel"));
+    m_editCncl = MakeFormButton(this, QStringLiteral("EditCncl"), QStringLiteral("Cancel"));
 
     auto* left = new QVBoxLayout;
     left->addWidget(m_listLabel);
@@ -167,7 +140,7 @@ void EditForm::FillLists() {
     if (m_layout.directoryFrame) {
         ListModel directories;
         m_logic.FillDirectories(directories);
-        Fill(m_directoryList, directories);
+        FillListWidget(m_directoryList, directories);
     }
     FillFiles();
 }
@@ -177,7 +150,7 @@ void EditForm::FillFiles() {
         return;
     ListModel files;
     m_logic.FillFiles(files);
-    Fill(FileList(), files);
+    FillListWidget(FileList(), files);
 }
 
 void EditForm::DirectoryList_Change() {

@@ -3,6 +3,7 @@
 #include "exchange/ExportFile.h"
 #include "exchange/ExportOk.h"
 #include "exchange/ImportOk.h"
+#include "filestore/DriveCheck.h"
 #include "filestore/Listings.h"
 #include "filestore/Names.h"
 #include "filestore/forms/NameKeyFilter.h"
@@ -349,8 +350,7 @@ void ExternalForm::SelectDrive(QComboBox* drives, const QString& folder) {
 
 void ExternalForm::DriveList_Change(QComboBox* drives, QListWidget* folders, FolderTree& tree) {
     const QString drive = drives->currentText().left(2);
-    if (!DriveExists(m_session.files, drive)) {
-        m_session.messages.Refuse(QStringLiteral("Disc Not Ready !"));
+    if (!DriveReadyOrRefused(m_session, drive, DiscNotReady)) {
         SelectDrive(drives, FolderPath(folders, tree));
         return;
     }

@@ -1,5 +1,6 @@
 #include "filestore/forms/FileForm.h"
 
+#include "filestore/DriveCheck.h"
 #include "filestore/FileOperations.h"
 #include "filestore/LastFile.h"
 #include "filestore/Listings.h"
@@ -204,8 +205,7 @@ void FileForm::DirectoryList_CurrentChanged(int row) {
     if (row < 0)
         return;
     const QString entry = TrimBlanks(m_directoryList->item(row)->text());
-    if (HasColon(entry) && !DriveExists(m_session.files, entry)) {
-        m_session.messages.Refuse(QStringLiteral("Disc Not Ready !"));
+    if (HasColon(entry) && !DriveReadyOrRefused(m_session, entry, DiscNotReady)) {
         const QSignalBlocker quiet(m_directoryList);
         m_directoryList->setCurrentRow(-1);
         m_directoryList->clearSelection();

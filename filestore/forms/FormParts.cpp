@@ -15,6 +15,13 @@ QPushButton* MakeFormButton(QWidget* parent, const QString& name, const QString&
     return button;
 }
 
+QListWidget* MakeFormList(QWidget* parent, const QString& name, QAbstractItemView::SelectionMode mode) {
+    auto* list = new QListWidget(parent);
+    list->setObjectName(name);
+    list->setSelectionMode(mode);
+    return list;
+}
+
 bool Guarded(MessageService& messages, const std::function<void()>& step) {
     try {
         step();

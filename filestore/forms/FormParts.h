@@ -3,6 +3,7 @@
 #include "filestore/ListModel.h"
 #include "platform/MessageService.h"
 
+#include <QAbstractItemView>
 #include <functional>
 
 class QListWidget;
@@ -15,6 +16,10 @@ namespace kestrova {
 
 // A button that answers Enter only when the form makes it the default.
 [[nodiscard]] QPushButton* MakeFormButton(QWidget* parent, const QString& name, const QString& caption);
+
+// A list of the form, named for the form's code and tests, choosing as mode says.
+[[nodiscard]] QListWidget* MakeFormList(QWidget* parent, const QString& name,
+                                        QAbstractItemView::SelectionMode mode);
 
 // Runs a step of a form's event handler; an error it meets (a file that cannot be copied, a
 // directory that cannot be removed) is shown once, naming the file and the reason, and ends

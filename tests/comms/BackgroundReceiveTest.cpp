@@ -7,6 +7,8 @@
 #include "FaultInjector.h"
 
 #include <QDirIterator>
+#include <QFile>
+#include <QFileInfo>
 #include <csignal>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -311,7 +313,8 @@ TEST(BackgroundReceive, AProgramIsFiledWholeOrKeptWholeAndTheNextOneIsFiled) {
         {"plain program close", FileStep::Close, "New Program 1.prg", plain},
         {"plain program sync", FileStep::Sync, "New Program 1.prg", plain},
         {"plain program replace", FileStep::Replace, "New Program 1.prg", plain},
-        {"old program delete", FileStep::Delete, "Job.prg", headed},
+        {"old program replaced", FileStep::Replace, "Job.prg", headed},
+        {"old program's new text synced", FileStep::Sync, "Job.prg", headed},
         {"headed program open", FileStep::Open, "Job.prg", headed},
         {"headed program write", FileStep::Write, "Job.prg", headed},
         {"headed program close", FileStep::Close, "Job.prg", headed},
@@ -340,10 +343,9 @@ TEST(BackgroundReceive, AProgramIsFiledWholeOrKeptWholeAndTheNextOneIsFiled) {
         if (c.filed == unfiled) {
             EXPECT_TRUE(shown.contains(u'"' + unfiled + u'"')) << shown.toStdString();
         }
-        // Nothing half written where the program was meant to go: the old one or none.
-        if (c.step == FileStep::Delete || fx.OnDisk(Parts + "Job.prg")) {
-            EXPECT_EQ(Contents(fx, Parts + "Job.prg"), "old job\r\n");
-        }
+        // Nothing half written where the program was meant to go, and the program it was to
+        // replace is still there whole.
+        EXPECT_EQ(Contents(fx, Parts + "Job.prg"), "old job\r\n");
 
         s.line->Feed("G9\r\n%");
         EXPECT_EQ(Contents(fx, c.next), "G9\r\n");
@@ -439,23 +441,54 @@ TEST_F(BackgroundReceiveTest, AProgramThatCannotBeFiledIsKeptInAFileOfItsOwn) {
         EXPECT_EQ(fx.Read(NewProgram(program)), "%G2");
 
     // Neither renamed nor copied: the program stays in "Receive.tmp", the message says so, and
-    // neither the next program nor a stop replaces it; once the disk takes it, it is moved.
+    // neither the next programs nor a stop replace it or add to it; once the disk takes it, it is
+    // moved, and every program is whole in a file of its own.
     fx.Messages().Clear();
-    fx.Files().SetFaultHook([](FileStep step, const QString& path) {
-        const bool written = path.endsWith("New Program 3.prg") || path.contains("Unfiled");
-        return step == FileStep::Rename || (step == FileStep::Write && written) ? EIO : 0;
+    bool diskFull = true;
+    fx.Files().SetFaultHook([&diskFull](FileStep step, const QString& path) {
+        const bool written = path.contains("New Program") || path.contains("Unfiled");
+        return diskFull && (step == FileStep::Rename || (step == FileStep::Write && written)) ? EIO : 0;
     });
-    line->Feed("G9\r\n%G10");
-    ASSERT_EQ(fx.Messages().Texts().size(), 1);
+    line->Feed("G9\r\n%G10%");
+    ASSERT_EQ(fx.Messages().Texts().size(), 2);
     EXPECT_TRUE(fx.Messages().Texts().first().contains("\"C:\\Kestrova\\Receive.tmp\""))
         << fx.Messages().Texts().first().toStdString();
+    EXPECT_TRUE(fx.Messages().Texts().last().contains("\"C:\\Kestrova\\Receive 2.tmp\""))
+        << fx.Messages().Texts().last().toStdString();
+    EXPECT_EQ(fx.Read(Tmp), "G9\r\n");
+    EXPECT_EQ(fx.Read("C:\\Kestrova\\Receive 2.tmp"), "%G10");
+    line->Feed("G11");
     receive->Stop();
-    EXPECT_EQ(fx.Read(Tmp), "G9\r\n%G10");
-    faults.Fail(FileStep::Write, "no such file");
+    EXPECT_EQ(fx.Read(Tmp), "G9\r\n");
+    EXPECT_EQ(fx.Read("C:\\Kestrova\\Receive 2.tmp"), "%G10");
+    EXPECT_FALSE(fx.OnDisk("C:\\Kestrova\\Receive 3.tmp")) << "a cut-off program is discarded";
+    diskFull = false;
     receive->Start();
-    line->Feed("G11%");
-    EXPECT_EQ(fx.Read("C:\\Kestrova\\Unfiled 3.prg"), "G9\r\n%G10");
-    EXPECT_EQ(fx.Read(NewProgram(3)), "G11");
+    line->Feed("G12%");
+    EXPECT_EQ(fx.Read("C:\\Kestrova\\Unfiled 3.prg"), "G9\r\n");
+    EXPECT_EQ(fx.Read("C:\\Kestrova\\Unfiled 4.prg"), "%G10");
+    EXPECT_EQ(fx.Read(NewProgram(3)), "G12");
+    EXPECT_FALSE(fx.OnDisk("C:\\Kestrova\\Receive 2.tmp"));
+}
+
+// A program received over one of the same name replaces it as every rewrite does: through a
+// link into a shared set-up, whose real file takes the new text and keeps its mode.
+TEST_F(BackgroundReceiveTest, AProgramReplacedThroughALinkKeepsTheLinkAndItsMode) {
+    fx.Write("C:\\Jobs\\Shared\\LINKED.prg", "old\r\n");
+    const QString real = fx.Host("C:\\Jobs\\Shared\\LINKED.prg");
+    const QString link = fx.Host(Parts + "LINKED.prg");
+    ASSERT_TRUE(QFile::link(real, link));
+    ASSERT_TRUE(QFile::setPermissions(real, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup));
+    const QFileDevice::Permissions mode = QFile::permissions(real);
+    Start();
+    for (const QByteArray& program : {QByteArray("\x17PUNCH1\r\n\x18Parts\r\n\x19LINKED\r\nG1 X1\r\n%"),
+                                      QByteArray("\r\n\r\n\x19LINKED\r\nG2 X2\r\n%")}) {
+        line->Feed(program);
+        EXPECT_TRUE(QFileInfo(link).isSymLink());
+        EXPECT_EQ(QFile::permissions(real), mode);
+    }
+    EXPECT_EQ(fx.Read("C:\\Jobs\\Shared\\LINKED.prg"), "G2 X2\r\n");
+    EXPECT_TRUE(fx.Messages().Texts().isEmpty());
 }
 
 TEST_F(BackgroundReceiveTest, AMissingOrLostDeviceIsToldOnceAndWatchedForUntilItIsBack) {
