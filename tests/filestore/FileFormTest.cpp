@@ -172,3 +172,44 @@ TEST_F(FileFormTest, AFailedCopyStopsTheBatchWithOneMessage) {
     EXPECT_FALSE(fx.Files().Exists(archive + "X.prg")) << "the batch stops at the failure";
     EXPECT_TRUE(fx.OnDisk(Parts + "Cover.prg"));
 }
+
+TEST_F(FileFormTest, ChoosingAMachineAnyWayMovesOnToItsDirectories) {
+    enum class Way { Arrow, Typing, Click, ClickOnTheChosenOne };
+    const QStringList drives{"A: [Floppy Disk]", "E: [Removable Drive]", "G: [Removable Drive]"};
+    const QStringList laser = QStringList{"Kestrova"} + drives;
+    const struct {
+        Way way;
+        QString machine;
+        QStringList directories;
+    } cases[] = {
+        {Way::Arrow, "Laser 3030 Terminal", laser},
+        {Way::Typing, "Laser 3030 Terminal", laser},
+        {Way::Click, "Laser 3030 Terminal", laser},
+        {Way::ClickOnTheChosenOne, "Trumpf Punch 5000", QStringList{"Archive", "Kestrova", "Parts"} + drives},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(int(c.way));
+        Open(5);
+        QListWidget* machines = List("MachineList");
+        machines->setFocus();
+        QApplication::processEvents(); // the list laid out
+        switch (c.way) {
+        case Way::Arrow:
+            QTest::keyClick(machines, Qt::Key_End);
+            break;
+        case Way::Typing:
+            QTest::keyClick(machines, Qt::Key_L);
+            break;
+        case Way::Click:
+        case Way::ClickOnTheChosenOne:
+            QTest::mouseClick(
+                machines->viewport(), Qt::LeftButton, {},
+                machines->visualItemRect(machines->findItems(c.machine, Qt::MatchExactly).value(0)).center());
+            break;
+        }
+        ASSERT_TRUE(machines->currentItem());
+        EXPECT_EQ(machines->currentItem()->text(), c.machine);
+        EXPECT_EQ(Entries("DirectoryList"), c.directories);
+        EXPECT_EQ(form->focusWidget(), List("DirectoryList"));
+    }
+}
