@@ -146,6 +146,7 @@ private:
     void OpenSendForm(SendKind kind);
     void OpenReceiveForm(int operation);
     void OpenTransferLog();
+    void OpenDncMonitor();
 
     // --- The edit form (FrontEndEditing.cpp) -----------------------------------------------
     void OpenEditForm(int operation);

@@ -207,6 +207,8 @@ void FrontEnd::BuildCommsMenu() {
     AddSeparator(comms);
     AddItem(comms, QStringLiteral("TransferLogItem"), QStringLiteral("Transfer &Log"),
             [this] { OpenTransferLog(); });
+    AddItem(comms, QStringLiteral("DncMonitorItem"), QStringLiteral("DNC &Monitor"),
+            [this] { OpenDncMonitor(); });
 }
 
 void FrontEnd::BuildSetupMenu() {

@@ -112,6 +112,7 @@ void BackgroundReceive::OpenPort(bool report) {
         PreparePort(*m_line, PortSetupFor(TransferKind::Background, m_settings.Port, m_settings.Settings,
                                           m_settings.Handshaking));
     } catch (const SystemError& e) {
+        Q_EMIT LineTrouble(e.text());
         if (report) {
             m_session.messages.ShowError(e.text());
             m_lossTold = true;
@@ -196,6 +197,8 @@ void BackgroundReceive::CloseLine() {
 
 void BackgroundReceive::OpenTemp() {
     m_keptPath.clear();
+    m_arrivingStart.clear();
+    m_arrived = 0;
     MoveHeldAway();
     m_collectPath = FreeCollectPath();
     m_receiving = true;
@@ -464,7 +467,16 @@ void BackgroundReceive::TellUnfiled(const QString& kept, const QString& reason, 
     m_session.messages.ShowError(text);
 }
 
+QString BackgroundReceive::ArrivingName() const {
+    return m_receiving ? HeaderOfStart(m_arrivingStart).Program : QString();
+}
+
 void BackgroundReceive::WriteReceived(const QByteArray& bytes) {
+    // Three header lines are short: what is kept of the start is bounded.
+    constexpr qsizetype HeaderRoom = 400;
+    m_arrived += bytes.size();
+    if (m_arrivingStart.size() < HeaderRoom)
+        m_arrivingStart += bytes.left(HeaderRoom - m_arrivingStart.size());
     m_pending += bytes;
     if (m_pending.isEmpty() || !m_temp)
         return;
@@ -548,6 +560,14 @@ bool BackgroundReceive::ReceiveList_GotFocus() {
     return m_frameVisible;
 }
 
+void BackgroundReceive::SetTaking(bool on) {
+    m_taking = on;
+    // What came while another reader had the line (a control that sends its next program as soon
+    // as an answer has reached it) is taken now: no event may come for it again.
+    if (on && m_line->PortOpen() && m_line->InBufferCount() > 0)
+        OnComm(CommEvent::Receive);
+}
+
 void BackgroundReceive::OnComm(CommEvent event) {
     if (!m_taking || event != CommEvent::Receive || m_line->InBufferCount() < 1)
         return;
@@ -570,6 +590,7 @@ void BackgroundReceive::OnLineLost(const QString& message) {
     }
     SetState(BackgroundLineState::WaitingForDevice);
     m_line->WatchDevice(true);
+    Q_EMIT LineTrouble(text);
     if (!m_lossTold)
         m_session.messages.ShowError(text);
     m_lossTold = true;

@@ -4,7 +4,7 @@
 // nothing of the machine's, settings that cannot serve, a reload and a stop.
 #include "comms/DncService.h"
 
-#include "CommsInstallation.h"
+#include "DncInstallation.h"
 #include "comms/DncRequest.h"
 #include "comms/SendEngine.h"
 #include "comms/TransferLog.h"
@@ -15,81 +15,6 @@
 
 using namespace kestrova;
 using namespace kestrova::testing;
-
-namespace {
-
-const QString DncCfg = QStringLiteral("C:\\Kestrova\\Dnc.cfg");
-
-QString CmsOf(const QString& machine) {
-    return QStringLiteral("C:\\Kestrova\\Setup\\Data\\") + machine + QStringLiteral(".cms");
-}
-
-// The installation with machines 1 to count, machine n on COMn, all served.
-QStringList ServeMachines(InstallationFixture& fx, int count) {
-    QStringList dirs{"PUNCH1", "RAINER", "LASER"};
-    QStringList list = fx.ReadLines("C:\\Kestrova\\Machine.lst").mid(0, 3);
-    for (int n = 4; n <= count; ++n) {
-        const QString dir = QStringLiteral("M%1").arg(n);
-        dirs << dir;
-        list << QStringLiteral("%1,\"Machine %1\",\"%2\",\"Setman\",\"P\"").arg(n).arg(dir);
-        fx.WriteLines(CmsOf(dir), fx.ReadLines(CmsOf("PUNCH1")));
-        fx.WriteLines(QStringLiteral("C:\\Jobs\\%1\\Parts\\Seed.prg").arg(dir), {"%", "G00 X%1", "%"});
-    }
-    fx.WriteLines("C:\\Kestrova\\Machine.lst", list << "******");
-    QStringList cfg;
-    for (int n = 1; n <= count; ++n) {
-        SetValues(fx, CmsOf(dirs.at(n - 1)), {{"Port", QString::number(n)}});
-        cfg << LabelledLine("Machine", n == 2 ? QStringLiteral("2, Kestrova") : QString::number(n));
-    }
-    fx.WriteLines(DncCfg, cfg << "******");
-    return dirs.mid(0, count);
-}
-
-// The service over scripted lines, one per port.
-struct ScriptedService {
-    ScriptedService() { TestApplication(); }
-    void Start() {
-        service = std::make_unique<DncService>(fx.session(), [this](int port) {
-            auto line = std::make_unique<ScriptedSerialLine>();
-            lines[port] = line.get();
-            return line;
-        });
-        service->Start();
-    }
-    InstallationFixture fx;
-    std::map<int, ScriptedSerialLine*> lines;
-    std::unique_ptr<DncService> service;
-};
-
-// What the send engine puts on a line for the program at path, sent to the served machine.
-QByteArray EngineStream(InstallationFixture& fx, const DncLineSetup& setup, const QString& directory,
-                        const QString& program, const QString& path) {
-    ScriptedSerialLine line;
-    SendEngine engine(line, PauseTimer::Shared());
-    engine.SetSettings(setup.Send);
-    engine.SetMachine(setup.Machine);
-    // The control's start, once the engine has opened the line to wait for it.
-    QTimer start;
-    QObject::connect(&start, &QTimer::timeout, [&] {
-        if (line.PortOpen()) {
-            line.Feed("\x11");
-            start.stop();
-        }
-    });
-    start.start(1);
-    EXPECT_EQ(engine.SendProgram(fx.Files(), directory, program, path, fx.Files().Length(path)),
-              SendEnd::Sent);
-    return line.Sent();
-}
-
-bool AllIdle(const DncService& service) {
-    for (const auto& [port, line] : service.Lines())
-        if (line->State() == DncLineState::Sending || line->State() == DncLineState::Receiving)
-            return false;
-    return true;
-}
-
-} // namespace
 
 TEST(DncRequest, OnlyALoneRequestIsOneAndItNeverReadsOutsideTheMachine) {
     InstallationFixture fx;
@@ -212,6 +137,12 @@ TEST(DncService, SettingsThatCannotServeNameTheFileAndLine) {
         {"bad directory",
          {"Machine : 1, ..\\x", "******"},
          "C:\\Kestrova\\Dnc.cfg, line 1: \"..\\x\" is not a directory name"},
+        {"form without a name",
+         {"Machine : 1", "Request Form : 1, (PROGRAM)", "******"},
+         "C:\\Kestrova\\Dnc.cfg, line 2: \"(PROGRAM)\" is not a request form"},
+        {"form of a machine not served",
+         {"Request Form : 3, (P=*)", "Machine : 1", "******"},
+         "C:\\Kestrova\\Dnc.cfg, line 1: machine 3 is not served"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
@@ -277,6 +208,26 @@ TEST(DncService, TheStartThatComesWithTheRequestStartsTheAnswer) {
     line->Feed("G01 X5\r\n%");
     // Filed in the machine's first data directory, as "Dnc.cfg" names none.
     EXPECT_EQ(Contents(s.fx, "C:\\Jobs\\PUNCH1\\Archive\\New Program 1.prg"), "G01 X5\r\n");
+}
+
+// A machine whose control asks in its own words: its form is the one answered, the default one is
+// filed as a program of that machine, and the other machines keep the default.
+TEST(DncService, EachMachineIsAskedInTheFormItsSettingsGive) {
+    ScriptedService s;
+    ServeMachines(s.fx, 3);
+    s.fx.WriteLines(DncCfg, {LabelledLine("Request Form", "1, (program *)"), LabelledLine("Machine", "1"),
+                             LabelledLine("Machine", "3"), "******"});
+    s.fx.Load();
+    s.Start();
+    s.lines.at(1)->Feed("(PROGRAM Parts\\Cover)\r\n%\x11");
+    s.lines.at(3)->Feed("(PRG=Plate)\r\n%\x11");
+    ASSERT_TRUE(RunEventsUntil([&] { return AllIdle(*s.service); }));
+    EXPECT_EQ(s.lines.at(1)->Sent(), EngineStream(s.fx, s.service->Lines().at(1)->Setup(), "Parts", "Cover",
+                                                  "C:\\Jobs\\PUNCH1\\Parts\\Cover.prg"));
+    EXPECT_EQ(s.lines.at(3)->Sent(), EngineStream(s.fx, s.service->Lines().at(3)->Setup(), "Kestrova",
+                                                  "Plate", "C:\\Jobs\\LASER\\Kestrova\\Plate.prg"));
+    s.lines.at(1)->Feed("(PRG=Cover)\r\n%");
+    EXPECT_EQ(Contents(s.fx, "C:\\Jobs\\PUNCH1\\Archive\\New Program 1.prg"), "(PRG=Cover)\r\n");
 }
 
 // The main window beside a running service: it leaves the port the service holds, its list
