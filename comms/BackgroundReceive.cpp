@@ -530,6 +530,8 @@ void BackgroundReceive::DivertAfterWriteFailure(const QString& reason) {
 }
 
 void BackgroundReceive::RefreshReceiveList() {
+    if (!m_setup.ListShown)
+        return;
     FileSystem& files = m_session.files;
     m_list.Clear();
     if (m_listPath.isEmpty() || !files.IsFile(m_listPath)) {

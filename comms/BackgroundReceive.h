@@ -25,6 +25,9 @@ struct ReceiveLineSetup {
     QString MachineDescription;
     QString Directory;
     QString CollectName; // in the system directory; "Receive.tmp" when empty
+    // The window shows the receive list and reads "Receive.lst" again after each program; the
+    // service only adds its lines, and keeps no copy that would grow with every program.
+    bool ListShown = true;
 };
 
 // Where the background line stands, as the status bar shows it.

@@ -119,6 +119,7 @@ std::map<int, DncLineSetup> DncService::ReadSetups() {
         setup.Receive.MachineDescription = description;
         setup.Receive.Directory = directory;
         // Each line collects in a file of its own: two lines never share one.
+        setup.Receive.ListShown = false;
         setup.Receive.CollectName = QStringLiteral("Receive ") + PortName(port) + QStringLiteral(".tmp");
         setups.emplace(port, setup);
     }
