@@ -28,7 +28,10 @@ HistoryLimits ReadHistoryLimits(const FileSystem& files, const QString& path) {
     if (!files.IsFile(path))
         return limits;
     const QStringList lines = ReadAllLines(files, path);
-    limits.versions = qMax(1, int(PositiveValue(lines, 0, limits.versions)));
+    // No versions at all switches the history off.
+    const bool off = lines.size() > 0 && LeadingNumber(ValueOfLine(lines.at(0))) == 0 &&
+                     ValueOfLine(lines.at(0)).startsWith(u'0');
+    limits.versions = off ? 0 : qMax(1, int(PositiveValue(lines, 0, limits.versions)));
     // A fraction of a megabyte is taken as written: a small history for a small disk.
     limits.bytes = qint64(PositiveValue(lines, 1, double(limits.bytes) / Megabyte) * Megabyte);
     return limits;

@@ -21,7 +21,8 @@ struct HistoryLimits {
 inline const QString HistoryLimitsName = QStringLiteral("History.cfg");
 
 // The limits of the file; a missing file, or a value that is not a positive number, gives the
-// default of that value. The size may be a fraction of a megabyte.
+// default of that value. The size may be a fraction of a megabyte; 0 versions switch the history
+// off.
 [[nodiscard]] HistoryLimits ReadHistoryLimits(const FileSystem& files, const QString& path);
 
 // The lines of the file for the limits, end marker included.

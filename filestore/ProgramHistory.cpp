@@ -6,13 +6,26 @@
 #include "settings/SettingsFile.h"
 
 #include <QDateTime>
-#include <QSet>
 #include <algorithm>
+#include <climits>
 #include <optional>
 
 namespace kestrova {
 
+// A catalog line read back without copying: what the limits need of it. A line cut short by a
+// failed write (or changed by hand beyond reading) is no version.
+struct HistoryCatalogEntry {
+    int serial = 0;
+    qint64 size = 0;
+    QByteArrayView program;
+    QByteArrayView when;
+    QByteArrayView operation;
+    QByteArrayView line;
+};
+
 namespace {
+
+using Entry = HistoryCatalogEntry;
 
 // The catalog line of a version.
 QString CatalogLine(const HistoryVersion& v) {
@@ -59,14 +72,13 @@ QString VersionFile(const QString& root, int serial, const QString& program) {
            QStringLiteral("%1.%2").arg(serial, 8, 10, QLatin1Char('0')).arg(GetExtension(program).toLower());
 }
 
-// A catalog line read back; a line cut short by a failed write (or changed by hand beyond
-// reading) is no version.
-std::optional<HistoryVersion> ParseLine(QByteArrayView line, const QString& root) {
-    HistoryVersion v;
+std::optional<Entry> ParseEntry(QByteArrayView line) {
+    Entry e;
+    e.line = line;
     qsizetype at = 0;
     const auto serial = Number(line, at);
     const auto when = QuotedField(line, at);
-    if (!serial || *serial <= 0 || !when || !Comma(line, at))
+    if (!serial || *serial <= 0 || *serial > INT_MAX || !when || !Comma(line, at))
         return std::nullopt;
     const auto size = Number(line, at);
     const auto program = QuotedField(line, at);
@@ -75,17 +87,28 @@ std::optional<HistoryVersion> ParseLine(QByteArrayView line, const QString& root
     const auto operation = QuotedField(line, at);
     if (!operation || at != line.size())
         return std::nullopt;
-    v.serial = int(*serial);
-    v.when = FromBytes(when->toByteArray());
-    v.size = *size;
-    v.program = FromBytes(program->toByteArray());
-    v.operation = FromBytes(operation->toByteArray());
+    e.serial = int(*serial);
+    e.size = *size;
+    e.program = *program;
+    e.when = *when;
+    e.operation = *operation;
+    return e;
+}
+
+HistoryVersion VersionOf(const Entry& e, const QString& root) {
+    HistoryVersion v;
+    v.serial = e.serial;
+    v.size = e.size;
+    v.when = FromBytes(e.when.toByteArray());
+    v.program = FromBytes(e.program.toByteArray());
+    v.operation = FromBytes(e.operation.toByteArray());
     v.file = VersionFile(root, v.serial, v.program);
     return v;
 }
 
-bool SameProgram(const QString& a, const QString& b) {
-    return a.compare(b, Qt::CaseInsensitive) == 0;
+// Program paths are compared as the host file layer finds names: ignoring letter case.
+bool SameProgram(QByteArrayView a, QByteArrayView b) {
+    return qstrnicmp(a.data(), a.size(), b.data(), b.size()) == 0;
 }
 
 } // namespace
@@ -104,7 +127,8 @@ ProgramHistory::Catalog ProgramHistory::ReadCatalog() const {
     const QString path = CatalogPath();
     if (!m_files.IsFile(path))
         return catalog;
-    const QByteArray bytes = ReadAllBytes(m_files, path);
+    catalog.bytes = ReadAllBytes(m_files, path);
+    const QByteArray& bytes = catalog.bytes;
     catalog.endsWithLineEnd = bytes.isEmpty() || bytes.endsWith('\n');
     for (qsizetype from = 0; from < bytes.size();) {
         qsizetype end = bytes.indexOf('\n', from);
@@ -113,21 +137,25 @@ ProgramHistory::Catalog ProgramHistory::ReadCatalog() const {
         QByteArrayView line(bytes.constData() + from, end - from);
         if (line.endsWith('\r'))
             line.chop(1);
-        if (auto version = ParseLine(line, m_root))
-            catalog.versions.append(std::move(*version));
+        if (auto entry = ParseEntry(line))
+            catalog.entries.push_back(*entry);
         from = end + 1;
     }
-    std::sort(catalog.versions.begin(), catalog.versions.end(),
-              [](const HistoryVersion& a, const HistoryVersion& b) { return a.serial < b.serial; });
+    std::stable_sort(catalog.entries.begin(), catalog.entries.end(),
+                     [](const Entry& a, const Entry& b) { return a.serial < b.serial; });
     return catalog;
 }
 
 QList<HistoryVersion> ProgramHistory::Versions(const QString& program) const {
-    const QString full = m_files.FullPath(program);
+    const QByteArray full = ToBytes(m_files.FullPath(program));
     QList<HistoryVersion> found;
-    for (const HistoryVersion& v : ReadCatalog().versions)
-        if (SameProgram(v.program, full) && m_files.IsFile(v.file))
-            found.prepend(v);
+    for (const Entry& e : ReadCatalog().entries) {
+        if (!SameProgram(e.program, full))
+            continue;
+        HistoryVersion v = VersionOf(e, m_root);
+        if (m_files.IsFile(v.file))
+            found.prepend(std::move(v));
+    }
     return found;
 }
 
@@ -138,15 +166,20 @@ QByteArray ProgramHistory::Bytes(const HistoryVersion& version) const {
 void ProgramHistory::Keep(const QString& program, const QString& operation) {
     if (!Keeps(program) || !m_files.IsFile(program))
         return;
+    const HistoryLimits limits = ReadHistoryLimits(m_files, LimitsPath());
+    if (limits.versions == 0)
+        return;
     m_files.MakeDirectoryIfMissing(m_root.chopped(1));
     Catalog catalog = ReadCatalog();
     const QString full = m_files.FullPath(program);
+    const QByteArray fullBytes = ToBytes(full);
     // The text kept last is not kept twice: the same program received again, say.
-    for (auto v = catalog.versions.crbegin(); v != catalog.versions.crend(); ++v) {
-        if (!SameProgram(v->program, full))
+    for (auto e = catalog.entries.crbegin(); e != catalog.entries.crend(); ++e) {
+        if (!SameProgram(e->program, fullBytes))
             continue;
-        if (m_files.IsFile(v->file) && v->size == m_files.Length(program) &&
-            Bytes(*v) == ReadAllBytes(m_files, program))
+        const HistoryVersion last = VersionOf(*e, m_root);
+        if (m_files.IsFile(last.file) && last.size == m_files.Length(program) &&
+            Bytes(last) == ReadAllBytes(m_files, program))
             return;
         break;
     }
@@ -155,7 +188,7 @@ void ProgramHistory::Keep(const QString& program, const QString& operation) {
     version.program = full;
     version.operation = operation;
     version.when = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd hh:mm:ss"));
-    version.serial = catalog.versions.isEmpty() ? 1 : catalog.versions.last().serial + 1;
+    version.serial = catalog.entries.empty() ? 1 : catalog.entries.back().serial + 1;
     // A file without its line (a keeping cut short) keeps its name: the next serial is taken.
     for (;; ++version.serial) {
         version.file = VersionFile(m_root, version.serial, version.program);
@@ -165,9 +198,11 @@ void ProgramHistory::Keep(const QString& program, const QString& operation) {
 
     if (!m_files.Link(version.program, version.file))
         m_files.Copy(version.program, version.file);
+    QByteArray line;
     try {
         version.size = m_files.Length(version.file);
-        Append(catalog, version);
+        line = ToBytes(CatalogLine(version));
+        Append(catalog, line);
         // The line first: its force takes the new name of the version along on most hosts.
         m_files.ForceToDisk(CatalogPath());
         m_files.ForceToDisk(version.file);
@@ -179,61 +214,59 @@ void ProgramHistory::Keep(const QString& program, const QString& operation) {
         }
         throw;
     }
-    catalog.versions.append(version);
-    ApplyLimits(catalog, version);
+    catalog.entries.push_back(*ParseEntry(line));
+    ApplyLimits(catalog, limits);
 }
 
-void ProgramHistory::Append(const Catalog& catalog, const HistoryVersion& version) {
+void ProgramHistory::Append(const Catalog& catalog, const QByteArray& line) {
     TextWriter writer(m_files, CatalogPath(), TextWriter::Mode::Append);
     // A line cut short by an earlier failure is ended, so that it spoils no other.
-    writer.WriteBytes(QByteArray(catalog.endsWithLineEnd ? "" : "\r\n") + ToBytes(CatalogLine(version)) +
-                      "\r\n");
+    writer.WriteBytes(QByteArray(catalog.endsWithLineEnd ? "" : "\r\n") + line + "\r\n");
     writer.Close();
 }
 
-void ProgramHistory::ApplyLimits(Catalog& catalog, const HistoryVersion& kept) {
-    const HistoryLimits limits = ReadHistoryLimits(m_files, LimitsPath());
-    QSet<int> dropped;
+void ProgramHistory::ApplyLimits(const Catalog& catalog, const HistoryLimits& limits) {
+    const Entry& kept = catalog.entries.back();
+    std::vector<bool> dropped(catalog.entries.size(), false);
     int ofProgram = 0;
-    for (const HistoryVersion& v : catalog.versions)
-        ofProgram += SameProgram(v.program, kept.program) ? 1 : 0;
     qint64 total = 0;
-    for (const HistoryVersion& v : catalog.versions)
-        total += v.size;
-    // Oldest first: the program's own versions beyond their number, then any beyond the size.
-    for (const HistoryVersion& v : catalog.versions) {
-        if (ofProgram <= limits.versions)
-            break;
-        if (SameProgram(v.program, kept.program)) {
-            dropped.insert(v.serial);
-            total -= v.size;
+    for (const Entry& e : catalog.entries) {
+        ofProgram += SameProgram(e.program, kept.program) ? 1 : 0;
+        total += e.size;
+    }
+    // Oldest first: the program's own versions beyond their number, then any beyond the size;
+    // never the one just kept.
+    const std::size_t last = catalog.entries.size() - 1;
+    for (std::size_t i = 0; i < last && ofProgram > limits.versions; ++i) {
+        if (SameProgram(catalog.entries[i].program, kept.program)) {
+            dropped[i] = true;
+            total -= catalog.entries[i].size;
             --ofProgram;
         }
     }
-    for (const HistoryVersion& v : catalog.versions) {
-        if (total <= limits.bytes)
-            break;
-        if (v.serial != kept.serial && !dropped.contains(v.serial)) {
-            dropped.insert(v.serial);
-            total -= v.size;
+    for (std::size_t i = 0; i < last && total > limits.bytes; ++i) {
+        if (!dropped[i]) {
+            dropped[i] = true;
+            total -= catalog.entries[i].size;
         }
     }
-    if (dropped.isEmpty())
+    if (std::find(dropped.begin(), dropped.end(), true) == dropped.end())
         return;
-    QStringList lines;
+    QByteArray lines;
     QStringList files;
-    for (const HistoryVersion& v : std::as_const(catalog.versions)) {
-        if (dropped.contains(v.serial))
-            files << v.file;
+    for (std::size_t i = 0; i <= last; ++i) {
+        if (dropped[i])
+            files << VersionOf(catalog.entries[i], m_root).file;
         else
-            lines << CatalogLine(v);
+            lines += catalog.entries[i].line.toByteArray() + "\r\n";
     }
     // The lines go first: a file that cannot be deleted is no longer listed.
-    WriteAllLines(m_files, CatalogPath(), lines);
+    TextWriter writer(m_files, CatalogPath(), TextWriter::Mode::Replace);
+    writer.WriteBytes(lines);
+    writer.Close();
     for (const QString& file : files)
         if (m_files.Exists(file))
             m_files.Delete(file);
-    catalog.versions.removeIf([&](const HistoryVersion& v) { return dropped.contains(v.serial); });
 }
 
 namespace {

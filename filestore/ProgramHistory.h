@@ -5,6 +5,7 @@
 
 #include <QList>
 #include <QString>
+#include <vector>
 
 namespace kestrova {
 
@@ -18,6 +19,9 @@ struct HistoryVersion {
     qint64 size = 0;   // bytes
     QString operation; // what replaced it: "received on COM2", "renumbered", "deleted", ...
 };
+
+// A line of the catalog as read (ProgramHistory.cpp).
+struct HistoryCatalogEntry;
 
 // The program history of an installation: the directory "History\" of the system directory,
 // outside every data directory, so that no listing, search, export or floppy sees it. It holds
@@ -43,9 +47,9 @@ public:
     // Keeps the text program holds now as its newest version, at the cost of a second name for
     // its file where the host allows (the operations rename a new text over a program or remove
     // its name, never write into it), else a copy; then drops the oldest versions beyond the
-    // limits of "History.cfg", never the one just kept. Nothing for a missing file or one the
-    // history does not keep. A failure raises the error of the host file layer, with nothing of
-    // this version listed.
+    // limits of "History.cfg", never the one just kept. Nothing for a missing file, one the
+    // history does not keep, or with the history switched off. A failure raises the error of the host file
+    // layer, with nothing of this version listed.
     void Keep(const QString& program, const QString& operation);
 
     [[nodiscard]] const QString& Directory() const { return m_root; }
@@ -53,13 +57,16 @@ public:
     [[nodiscard]] QString LimitsPath() const { return m_systemPath + HistoryLimitsName; }
 
 private:
+    // The catalog as read: its bytes, and each version's line parsed in place, oldest first.
     struct Catalog {
-        QList<HistoryVersion> versions; // oldest first
+        QByteArray bytes;
+        std::vector<HistoryCatalogEntry> entries;
         bool endsWithLineEnd = true;
     };
     [[nodiscard]] Catalog ReadCatalog() const;
-    void Append(const Catalog& catalog, const HistoryVersion& version);
-    void ApplyLimits(Catalog& catalog, const HistoryVersion& kept);
+    void Append(const Catalog& catalog, const QByteArray& line);
+    // Drops the oldest versions beyond the limits; the last entry is the one just kept.
+    void ApplyLimits(const Catalog& catalog, const HistoryLimits& limits);
 
     FileSystem& m_files;
     QString m_systemPath;
