@@ -27,7 +27,7 @@ awk -v n="$lines" 'BEGIN {
         if (r == 0) printf "N%d T%d (TOOL %d)\r\n", i * 10 % 100000, int(rand() * 40) + 1, int(rand() * 40) + 1;
         else if (r == 25) printf "/N%d G00 X%.3f Y%.3f\r\n", i * 10 % 100000, rand() * 2500, rand() * 1250;
         else if (r == 1) printf "N%d G01 X%.1f Y%.1f F%d\r\n", i * 10 % 100000, rand() * 2500, rand() * 1250, 2000 + int(rand() * 8) * 500;
-        else if (r == 40) { d = 10 + rand() * 40; printf "N%d G91 G02 X%.1f Y0 R%.1f\r\nG90\r\n", i * 10 % 100000, d, d / 2 + rand() * 30; }
+        else if (r == 40) { d = 10 + rand() * 40; printf "N%d G91 G02 X%.1f Y0 R%.1f\r\nG90 G01\r\n", i * 10 % 100000, d, d / 2 + rand() * 30; }
         else printf "N%d X%.1f Y%.1f\r\n", i * 10 % 100000, rand() * 2500, rand() * 1250;
     }
     printf "M30\r\n";

@@ -5,7 +5,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
 #include <cstdio>
 
 namespace kestrova {
@@ -49,12 +48,42 @@ DeviceMap DeviceMap::Load(const QString& startHostDir) {
     return Parse(f.readAll(), startHostDir, file);
 }
 
+namespace {
+
+// The letter of a drive written as a letter and a colon ("C:"), nothing for anything else.
+std::optional<QChar> DriveLetterOf(const QString& device) {
+    if (device.size() != 2 || device.at(1) != u':')
+        return std::nullopt;
+    const char16_t c = device.at(0).unicode();
+    if ((c >= u'A' && c <= u'Z') || (c >= u'a' && c <= u'z'))
+        return device.at(0);
+    return std::nullopt;
+}
+
+// The number of a port written as COM and 1 to 999 without leading zeros, any letter case; 0 for
+// anything else.
+int PortNumberOf(const QString& device) {
+    if (device.size() < 4 || device.size() > 6 ||
+        !device.startsWith(QLatin1String("com"), Qt::CaseInsensitive))
+        return 0;
+    int number = 0;
+    for (qsizetype i = 3; i < device.size(); ++i) {
+        const char16_t c = device.at(i).unicode();
+        if (c < u'0' || c > u'9' || (i == 3 && c == u'0'))
+            return 0;
+        number = number * 10 + (c - u'0');
+    }
+    return number;
+}
+
+} // namespace
+
 DeviceMap DeviceMap::Parse(const QByteArray& text, const QString& baseHostDir, const QString& sourceName) {
     DeviceMap map;
-    static const QRegularExpression lineEnds(QStringLiteral("\r\n|\r|\n"));
-    static const QRegularExpression drivePattern(QStringLiteral("^([A-Za-z]):$"));
-    static const QRegularExpression portPattern(QStringLiteral("^[Cc][Oo][Mm]([1-9][0-9]{0,2})$"));
-    const QStringList lines = QString::fromLocal8Bit(text).split(lineEnds);
+    // Lines end in CR LF, LF or CR alike.
+    QString all = QString::fromLocal8Bit(text);
+    all.replace(QLatin1String("\r\n"), QLatin1String("\n")).replace(u'\r', u'\n');
+    const QStringList lines = all.split(u'\n');
     int number = 0;
     for (const QString& raw : lines) {
         ++number;
@@ -68,7 +97,7 @@ DeviceMap DeviceMap::Parse(const QByteArray& text, const QString& baseHostDir, c
                 << QStringLiteral("%1, line %2: %3: \"%4\"").arg(sourceName).arg(number).arg(reason, line);
             std::fprintf(stderr, "kestrova: %s (line skipped)\n", qPrintable(map.m_warnings.last()));
         };
-        const QStringList words = line.split(QRegularExpression(QStringLiteral("\\s+")));
+        const QStringList words = line.simplified().split(u' ');
         if (words.size() < 3) {
             warn(QStringLiteral("expected a device, a kind and a host path"));
             continue;
@@ -78,20 +107,19 @@ DeviceMap DeviceMap::Parse(const QByteArray& text, const QString& baseHostDir, c
         // The host path is the rest of the line, which may itself hold blanks.
         const qsizetype kindEnd = line.indexOf(words.at(1), device.size()) + words.at(1).size();
         const QString hostPath = TrimBlanks(line.mid(kindEnd));
-        if (const auto drive = drivePattern.match(device); drive.hasMatch()) {
+        if (const std::optional<QChar> drive = DriveLetterOf(device)) {
             if (kind != QLatin1String("fixed") && kind != QLatin1String("removable")) {
                 warn(QStringLiteral("a drive is \"fixed\" or \"removable\""));
                 continue;
             }
-            map.SetDrive(drive.captured(1).at(0),
-                         kind == QLatin1String("fixed") ? DriveKind::Fixed : DriveKind::Removable,
+            map.SetDrive(*drive, kind == QLatin1String("fixed") ? DriveKind::Fixed : DriveKind::Removable,
                          CleanHostRoot(hostPath, baseHostDir));
-        } else if (const auto port = portPattern.match(device); port.hasMatch()) {
+        } else if (const int port = PortNumberOf(device); port > 0) {
             if (kind != QLatin1String("port")) {
                 warn(QStringLiteral("a serial port is of the kind \"port\""));
                 continue;
             }
-            map.SetPort(port.captured(1).toInt(), CleanHostRoot(hostPath, baseHostDir));
+            map.SetPort(port, CleanHostRoot(hostPath, baseHostDir));
         } else {
             warn(QStringLiteral("unknown device"));
         }

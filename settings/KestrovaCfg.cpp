@@ -40,9 +40,14 @@ void ReadKestrovaCfg(Session& session) {
 
 void WriteKestrovaCfg(Session& session) {
     const GlobalSettings& g = session.settings;
-    WriteSettingsFile(
-        session.files, g.ProgramPath + QStringLiteral("Kestrova.cfg"),
-        {g.SystemPath, g.SetupPath, g.RootPath, QString::number(g.MachineNumber), g.CurrentDir});
+    const QString path = g.ProgramPath + QStringLiteral("Kestrova.cfg");
+    const QStringList lines{g.SystemPath, g.SetupPath, g.RootPath, QString::number(g.MachineNumber),
+                            g.CurrentDir};
+    // Every start selects the current directory again, which the file already names: a rewrite
+    // that changes no byte would only hold the window back for a flush to the disk.
+    if (SettingsFileHolds(session.files, path, lines))
+        return;
+    WriteSettingsFile(session.files, path, lines);
 }
 
 } // namespace kestrova

@@ -10,6 +10,19 @@ void WriteSettingsFile(FileSystem& files, const QString& path, const QStringList
     WriteAllLines(files, path, QStringList(lines) << EndMarker);
 }
 
+bool SettingsFileHolds(const FileSystem& files, const QString& path, const QStringList& lines) {
+    QByteArray expected;
+    for (const QString& line : lines)
+        expected += ToBytes(line) + "\r\n";
+    expected += ToBytes(EndMarker) + "\r\n";
+    try {
+        return files.IsFile(path) && files.Length(path) == expected.size() &&
+               ReadAllBytes(files, path) == expected;
+    } catch (const SystemError&) {
+        return false;
+    }
+}
+
 QString ReadFirstLine(const FileSystem& files, const QString& path) {
     LineReader reader(files, path);
     return reader.AtEnd() ? QString() : TrimBlanks(reader.ReadLine());

@@ -14,6 +14,10 @@ inline const QString EndMarker = QStringLiteral("******");
 // leaves the old file as it was.
 void WriteSettingsFile(FileSystem& files, const QString& path, const QStringList& lines);
 
+// Whether the file at path is byte for byte what WriteSettingsFile would write of lines. False
+// for a missing or unreadable file.
+[[nodiscard]] bool SettingsFileHolds(const FileSystem& files, const QString& path, const QStringList& lines);
+
 // Line 1 of a one-line settings file, trimmed. A file left empty by hand (the Data Files menu
 // creates missing files empty) has an empty first line. A missing file is "File not found".
 [[nodiscard]] QString ReadFirstLine(const FileSystem& files, const QString& path);

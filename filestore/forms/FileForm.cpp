@@ -140,7 +140,10 @@ void FileForm::BuildControls() {
     connect(m_programsCheck, &QCheckBox::toggled, this, &FileForm::FileCheck_Click);
     connect(m_fileList, &QListWidget::currentRowChanged, this, &FileForm::FileList_CurrentChanged);
     connect(m_fileList, &QListWidget::itemDoubleClicked, this, &FileForm::FileList_DblClick);
+    // However a machine is chosen (arrows, typing its first letter, a click, even on the machine
+    // chosen already), the operator goes on in its directories.
     connect(m_machineList, &QListWidget::currentRowChanged, this, &FileForm::MachineList_CurrentChanged);
+    connect(m_machineList, &QListWidget::itemClicked, this, [this] { m_directoryList->setFocus(); });
     connect(m_machineList, &QListWidget::itemDoubleClicked, this, [this] { m_directoryList->setFocus(); });
     connect(m_directoryList, &QListWidget::currentRowChanged, this, &FileForm::DirectoryList_CurrentChanged);
     connect(m_fileOk, &QPushButton::clicked, this, &FileForm::FileOk_Click);
@@ -199,6 +202,7 @@ void FileForm::MachineList_CurrentChanged(int row) {
         return;
     const int number = m_machineList->item(row)->data(Qt::UserRole).toInt();
     FillDestinations(MachineDirOf(m_session.settings, number));
+    m_directoryList->setFocus();
 }
 
 void FileForm::DirectoryList_CurrentChanged(int row) {

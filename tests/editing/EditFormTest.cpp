@@ -163,6 +163,7 @@ TEST_F(EditFormTest, TheRewritesAskFirstAndWorkOnEverySelectedProgram) {
          "Renumber 2 Programs ?",
          "%\r\nN5 G00 X0 Y0\r\nN10 %\r\n"},
         {5, {"Cover"}, "0", Answer::No, "Renumber \"Cover\" ?", cover},
+        {5, {"Cover"}, "", Answer::Yes, "Renumber \"Cover\" ?", "%\r\nN0 G00 X0 Y0\r\nN5 %\r\n"},
         {6, {"Cover"}, "", Answer::Yes, "Stip Line Numbers From \"Cover\" ?", "%\r\nG00 X0 Y0\r\n%\r\n"},
         {6, {"Bracket", "Cover", "X"}, "", Answer::No, "Stip Line Numbers From 3 Programs ?", cover},
         {7, {"Cover"}, "", Answer::Yes, "Remove Spaces From \"Cover\" ?", "%\r\nN5G00X0Y0\r\n%\r\n"},
@@ -271,6 +272,76 @@ TEST_F(EditFormTest, AProgramFoundBySearchIsChosenInItsDirectory) {
     EXPECT_EQ(Child<QListWidget>(*form, "DirectoryList")->currentItem()->text(), QStringLiteral("Kestrova"));
     Ok(*form);
     EXPECT_EQ(builtIn, QStringList(QStringLiteral("C:\\Jobs\\PUNCH1\\Kestrova\\Sample.prg")));
+}
+
+TEST_F(EditFormTest, TheStartNumberIsASixteenBitNumber) {
+    // The largest start is taken and asked about; one more is an overflow, shown once, and the
+    // form stays for a better one.
+    const struct {
+        const char* start;
+        QStringList texts;
+        bool stays;
+    } cases[] = {
+        {"32767", {"Renumber \"Cover\" ?"}, false},
+        {"32768", {"Overflow (the number \"32768\")"}, true},
+    };
+    const QByteArray cover = fixture.Read(Parts + "Cover.prg");
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.start);
+        fixture.Messages().Clear();
+        auto form = Open(5);
+        Pick(Child<QListWidget>(*form, "EditList2"), {QStringLiteral("Cover")});
+        QTest::keyClicks(Child<QLineEdit>(*form, "RenumBox1"), QLatin1String(c.start));
+        QTest::keyClicks(Child<QLineEdit>(*form, "RenumBox2"), QStringLiteral("1"));
+        Ok(*form); // the question declined by its default
+        EXPECT_EQ(fixture.Messages().Texts(), c.texts);
+        EXPECT_EQ(form->isVisible(), c.stays);
+        EXPECT_EQ(fixture.Read(Parts + "Cover.prg"), cover);
+    }
+}
+
+TEST_F(EditFormTest, TheViewsOpenTheRememberedProgramsReportWhenNothingIsSelected) {
+    const struct {
+        int operation;
+        const char* opened;
+    } cases[] = {{3, "C:\\Jobs\\PUNCH1\\Parts\\X.inf"}, {4, "C:\\Jobs\\PUNCH1\\Parts\\X.rpt"}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.operation);
+        builtIn.clear();
+        fixture.WriteLines(LastFile, {"Parts", "X", "******"});
+        auto form = Open(c.operation);
+        // Another directory, where nothing is chosen: OK goes back to the remembered one.
+        auto* directories = Child<QListWidget>(*form, "DirectoryList");
+        directories->setCurrentItem(
+            directories->findItems(QStringLiteral("Kestrova"), Qt::MatchExactly).front());
+        ASSERT_EQ(fixture.Settings().CurrentDir, QStringLiteral("Kestrova"));
+        Child<QListWidget>(*form, "EditList1")->clearSelection();
+        Ok(*form);
+        EXPECT_EQ(builtIn, QStringList(QLatin1String(c.opened)));
+        EXPECT_EQ(fixture.Settings().CurrentDir, QStringLiteral("Parts"));
+        EXPECT_TRUE(fixture.Messages().Log().isEmpty()) << fixture.Messages().Log().join(u'|').toStdString();
+    }
+}
+
+TEST_F(EditFormTest, ANewProgramsNameHasThirtyTwoCharactersAtMost) {
+    const QString longest(32, u'n');
+    auto form = Open(2);
+    auto* box = Child<QLineEdit>(*form, "EditBox");
+    // Put there other than by keys, which the box does not filter: OK refuses it.
+    box->setText(longest + u'n');
+    Ok(*form);
+    EXPECT_EQ(fixture.Messages().Log(),
+              (QStringList{QStringLiteral("<beep>"), QStringLiteral("Invalid File Name !")}));
+    EXPECT_TRUE(form->isVisible());
+    box->clear();
+    fixture.Messages().Clear();
+    QTest::keyClicks(box, longest + u'n');
+    EXPECT_EQ(box->text(), longest);
+    EXPECT_EQ(fixture.Messages().Log(), QStringList(QStringLiteral("<beep>")))
+        << "the key past the limit is refused";
+    Ok(*form);
+    EXPECT_FALSE(form->isVisible());
+    EXPECT_EQ(builtIn, QStringList(Parts + longest + ".prg"));
 }
 
 } // namespace

@@ -37,6 +37,16 @@ protected:
         EXPECT_TRUE(child) << name;
         return child;
     }
+    // A floppy of the first index variant with "Floppy1" in slot 3 and "Floppy2" in slot 5.
+    void WriteFloppy() {
+        fx.Settings().RainerType = 1;
+        QByteArray index = FreshIndex();
+        index.replace(64 * 2, 64, UsedEntry(1, "Floppy1"));
+        index.replace(64 * 4, 64, UsedEntry(1, "Floppy2"));
+        fx.Write("A:\\INDICE--.PRG", index);
+        fx.Write("A:\\P003---.PRG", "one");
+        fx.Write("A:\\P005---.PRG", "two");
+    }
     InstallationFixture fx;
 };
 
@@ -66,6 +76,42 @@ TEST_F(ExchangeForms, ExportFileAsTakesTheCurrentProgramAndAFilteredNewName) {
               (QStringList{"Export \"Bracket\"\nTo \"E:\\Out\\\" ?", "1 File Exported !"}));
     EXPECT_EQ(form.result(), QDialog::Accepted);
     EXPECT_EQ(fx.Read("E:\\Out\\NEW1.nc"), fx.Read("C:\\Jobs\\PUNCH1\\Parts\\Bracket.prg"));
+    EXPECT_EQ(fx.ReadLines("C:\\Kestrova\\Setup\\Data\\PUNCH1.xpt"),
+              (QStringList{"0", "nc", "2", "1", "E:\\Out\\", "******"}))
+        << "line 4: the single-file list was in use";
+}
+
+TEST_F(ExchangeForms, AnExportNameHasSixtyFourCharactersOrEightInTheShortFormat) {
+    fx.Settings().ImportMode = 4;
+    const QString question = QStringLiteral("Export \"bracket-2\"\nTo \"E:\\Out\\\" ?");
+    const QStringList exported{question, "1 File Exported !"};
+    const struct {
+        int format;
+        int limit;
+        QStringList oneLonger; // what typing one character more and OK meet
+    } cases[] = {
+        {0, 64, {"<beep>", question}},  // the box refuses the key
+        {2, 8, {"Invalid Filename !"}}, // OK refuses the name
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.limit);
+        fx.WriteLines("C:\\Kestrova\\Setup\\Data\\PUNCH1.xpt",
+                      {QString::number(c.format), "nc", "2", "1", "E:\\Out\\", "******"});
+        ExternalForm form(fx.session());
+        form.show();
+        auto* name = Child<QLineEdit>(form, "ExportNameBox");
+        for (const int length : {c.limit + 1, c.limit}) {
+            name->setFocus();
+            name->selectAll();
+            fx.Messages().Clear();
+            if (length == c.limit)
+                fx.Messages().Script({Answer::Yes}); // else the question's default, No
+            QTest::keyClicks(name, QString(length, u'e'));
+            QTest::keyClick(name, Qt::Key_Return);
+            EXPECT_EQ(fx.Messages().Log(), length > c.limit ? c.oneLonger : exported);
+        }
+        EXPECT_TRUE(fx.OnDisk("E:\\Out\\" + QString(c.limit, u'e') + ".nc"));
+    }
 }
 
 TEST_F(ExchangeForms, ExportFilesGoesToTheCurrentFolderInTheChosenFormat) {
@@ -128,13 +174,7 @@ TEST_F(ExchangeForms, ImportFilesListsTheSourceByPatternAndImportsTheSelection) 
 }
 
 TEST_F(ExchangeForms, TheRainerFormImportsTheCurrentEntryAndKeepsExportOpenWithoutAChoice) {
-    fx.Settings().RainerType = 1;
-    QByteArray index = FreshIndex();
-    index.replace(64 * 2, 64, UsedEntry(1, "Floppy1"));
-    index.replace(64 * 4, 64, UsedEntry(1, "Floppy2"));
-    fx.Write("A:\\INDICE--.PRG", index);
-    fx.Write("A:\\P003---.PRG", "one");
-    fx.Write("A:\\P005---.PRG", "two");
+    WriteFloppy();
 
     fx.Settings().RainerOperation = 2;
     {
@@ -166,6 +206,69 @@ TEST_F(ExchangeForms, TheRainerFormImportsTheCurrentEntryAndKeepsExportOpenWitho
     Child<QPushButton>(form, "RainCncl")->click();
     EXPECT_FALSE(form.isVisible());
     EXPECT_EQ(fx.Settings().RainerOperation, 0);
+}
+
+TEST_F(ExchangeForms, TheRainerListStartsOnTheFirstProgramAndADoubleClickActsAsOk) {
+    WriteFloppy();
+    const struct {
+        int operation;
+        const char* first;
+        const char* clicked;
+        const char* question;
+    } cases[] = {
+        {1, "bracket-2", "Cover", "Export \"Cover\" ?"},
+        {2, "Floppy1", "Floppy2", "Import Program \"Floppy2\" From Floppy Disk ?"},
+        {3, "Floppy1", "Floppy2", "Delete Program \"Floppy2\" From Floppy Disk ?"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.operation);
+        fx.Settings().RainerOperation = Int16::From(c.operation);
+        RainerForm form(fx.session());
+        form.show();
+        auto* list = Child<QListWidget>(form, "ProgramList");
+        ASSERT_EQ(list->selectedItems().size(), 1);
+        EXPECT_EQ(list->selectedItems().first()->text(), c.first);
+        EXPECT_EQ(list->currentItem()->text(), c.first);
+        fx.Messages().Clear();
+        fx.Messages().Script({Answer::No});
+        const auto clicked = list->findItems(c.clicked, Qt::MatchExactly);
+        ASSERT_EQ(clicked.size(), 1);
+        QApplication::processEvents(); // the list laid out
+        const QPoint entry = list->visualItemRect(clicked.first()).center();
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, entry);
+        QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, entry);
+        EXPECT_EQ(fx.Messages().Texts(), QStringList{c.question});
+        EXPECT_FALSE(form.isVisible()) << "declined, the operation ends";
+    }
+}
+
+TEST_F(ExchangeForms, AFloppyProgramsNameHasFiftyCharactersAtMost) {
+    fx.Settings().RainerType = 1;
+    const QString longest(50, u'r');
+    fx.Write("C:\\Jobs\\PUNCH1\\Parts\\" + longest + ".prg", "fifty");
+    fx.Write("C:\\Jobs\\PUNCH1\\Parts\\" + longest + "r.prg", "fifty-one");
+    const struct {
+        QString name;
+        QStringList texts;
+    } cases[] = {
+        {longest + u'r',
+         {"Export \"" + longest + "r\" ?", "Invalid File Name !", "No Programs Have Been Exported"}},
+        {longest, {"Export \"" + longest + "\" ?", "1 Program Has Been Exported"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name.size());
+        fx.Settings().RainerOperation = 1;
+        RainerForm form(fx.session());
+        form.show();
+        auto* list = Child<QListWidget>(form, "ProgramList");
+        list->setCurrentItem(list->findItems(c.name, Qt::MatchExactly).value(0));
+        fx.Messages().Clear();
+        fx.Messages().Script({Answer::Yes});
+        QTest::keyClick(list, Qt::Key_Return);
+        EXPECT_EQ(fx.Messages().Texts(), c.texts);
+    }
+    EXPECT_EQ(fx.Read("A:\\INDICE--.PRG").left(50), longest.toLatin1());
+    EXPECT_EQ(fx.Read("A:\\P001---.PRG"), "fifty");
 }
 
 TEST_F(ExchangeForms, TheRainerExportSearchMakesTheFoundProgramsDirectoryCurrent) {

@@ -7,6 +7,7 @@
 #include "exchange/RainerIndex.h"
 #include "filestore/SelectDirectory.h"
 
+#include <functional>
 #include <gtest/gtest.h>
 
 using namespace kestrova;
@@ -372,4 +373,77 @@ TEST_F(RainerFloppy, AFaultWritingTheFloppyKeepsTheOldIndexOrTheWholeNewOne) {
         run(c.op);
         EXPECT_EQ(fx.Read(Index), done);
     }
+}
+
+TEST_F(RainerFloppy, EachOperationChecksTheDriveOnceMoreAfterItsQuestion) {
+    const struct {
+        const char* question;
+        int defaultButton;
+        const char* report;
+        std::function<RainOutcome()> run;
+    } operations[] = {
+        {"Export \"Cover\" ?", 2, "1 Program Has Been Exported",
+         [this] { return RainerExport(fx.session(), {"Cover"}); }},
+        {"Export 2 Programs ?", 2, "2 Programs Have Been Exported",
+         [this] {
+             return RainerExport(fx.session(), {"Cover", "X"});
+         }},
+        {"Import Program \"P1\" From Floppy Disk ?", 1, "1 Program Has Been Imported",
+         [this] {
+             return RainerImport(fx.session(), {{"P1", 1}});
+         }},
+        {"Delete Program \"P1\" From Floppy Disk ?", 1, "1 Program Has Been Deleted",
+         [this] {
+             return RainerDelete(fx.session(), {{"P1", 1}});
+         }},
+    };
+    enum class Floppy { OutAndDeclined, StaysOut, PutInAtTheMessage };
+    fx.Settings().RainerType = 1;
+    for (const auto& op : operations) {
+        for (const Floppy floppy : {Floppy::OutAndDeclined, Floppy::StaysOut, Floppy::PutInAtTheMessage}) {
+            SCOPED_TRACE(::testing::Message() << op.question << " floppy " << int(floppy));
+            fx.Remove("A:\\");
+            fx.Messages().Clear();
+            fx.Messages().Script({floppy == Floppy::OutAndDeclined ? Answer::No : Answer::Yes});
+            fx.Messages().WhileShowing([this, floppy](const Message& m) {
+                if (floppy == Floppy::PutInAtTheMessage && m.text == "Floppy Disc Not Ready !")
+                    WriteIndex(1, {{1, "P1"}});
+            });
+            EXPECT_EQ(op.run(), RainOutcome::Close);
+            QStringList expected{op.question};
+            if (floppy != Floppy::OutAndDeclined)
+                expected << "<beep>"
+                         << "Floppy Disc Not Ready !";
+            if (floppy == Floppy::PutInAtTheMessage)
+                expected << op.report;
+            EXPECT_EQ(fx.Messages().Log(), expected);
+            EXPECT_EQ(fx.Messages().Messages().first().message.defaultButton, op.defaultButton);
+            EXPECT_EQ(fx.OnDisk("A:\\"), floppy == Floppy::PutInAtTheMessage);
+        }
+    }
+    fx.Messages().WhileShowing({});
+}
+
+TEST_F(RainerFloppy, DeleteFreesASlotWhoseProgramFileIsGone) {
+    fx.Settings().RainerType = 1;
+    QByteArray expected = WriteIndex(1, {{1, "P1"}, {3, "Gone"}});
+    fx.Remove("A:\\P003---.PRG");
+    fx.Messages().Script({Answer::Yes});
+    EXPECT_EQ(RainerDelete(fx.session(), {{"Gone", 3}}), RainOutcome::Close);
+    EXPECT_EQ(fx.Messages().Texts(),
+              (QStringList{"Delete Program \"Gone\" From Floppy Disk ?", "1 Program Has Been Deleted"}));
+    expected.replace(2 * 64, 64, FreeRecord);
+    EXPECT_EQ(fx.Read(Index), expected);
+}
+
+TEST_F(RainerFloppy, FormatStopsWhenTheFloppyIsTakenOutDuringTheQuestion) {
+    fx.Write("A:\\P001---.PRG", "program");
+    fx.Messages().Script({Answer::Yes});
+    fx.Messages().WhileShowing([this](const Message&) { fx.Remove("A:\\"); });
+    FormatRainerFloppy(fx.session());
+    fx.Messages().WhileShowing({});
+    EXPECT_EQ(
+        fx.Messages().Log(),
+        QStringList{"Formating Will Delete All Programs On Floppy Disk !\n\nDo You Want to Continue ?"});
+    EXPECT_FALSE(fx.OnDisk("A:\\"));
 }

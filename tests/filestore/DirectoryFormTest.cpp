@@ -114,6 +114,42 @@ TEST_F(DirectoryFormTest, OkActsAndClosesOrRefusesAndStays) {
     EXPECT_EQ(fx.Settings().CurrentDir, "Archive");
 }
 
+TEST_F(DirectoryFormTest, ADirectoryNameHasThirtyTwoCharactersAtMost) {
+    const QString longest(32, u'd');
+    const struct {
+        int action;
+        QStringList asked; // on the way to the new directory
+        bool renamed;      // the new directory is "Kestrova" renamed
+    } cases[] = {{2, {}, false}, {3, {"Rename \"Kestrova\"\nAs \"" + longest + "\" ?"}, true}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.action);
+        fx.Settings().DirectoryOperation = Int16::From(c.action);
+        DirectoryForm form(fx.session());
+        form.show();
+        if (c.action == 3)
+            QTest::keyClick(form.findChild<QListWidget*>("DirectoryList"), Qt::Key_End);
+        auto* box = form.findChild<QLineEdit*>("DirectoryBox");
+        // Put there other than by keys, which the box does not filter: OK refuses it.
+        box->setText(longest + u'd');
+        fx.Messages().Clear();
+        QTest::keyClick(box, Qt::Key_Return);
+        EXPECT_EQ(fx.Messages().Log(), (QStringList{"<beep>", "Invalid Directory Name !"}));
+        box->clear();
+        fx.Messages().Clear();
+        QTest::keyClicks(box, longest + u'd');
+        EXPECT_EQ(box->text(), longest);
+        EXPECT_EQ(fx.Messages().Log(), QStringList{"<beep>"}) << "the key past the limit is refused";
+        fx.Messages().Clear();
+        fx.Messages().Script({Answer::Yes});
+        QTest::keyClick(box, Qt::Key_Return);
+        EXPECT_EQ(fx.Messages().Texts(), c.asked);
+        EXPECT_FALSE(form.isVisible());
+        EXPECT_TRUE(fx.Files().IsDirectory("C:\\Jobs\\PUNCH1\\" + longest));
+        EXPECT_EQ(fx.Files().IsDirectory("C:\\Jobs\\PUNCH1\\Kestrova"), !c.renamed);
+        fx.Remove("C:\\Jobs\\PUNCH1\\" + longest);
+    }
+}
+
 TEST_F(DirectoryFormTest, TheMachineFormStartsAtTheCurrentMachineAndHandsBackTheChoice) {
     fx.Settings().MachineNumber = 2;
     struct Case {

@@ -213,3 +213,73 @@ TEST_F(FileFamily, AFailedCopyKeepsTheSourceWholeAndNamesTheFile) {
         EXPECT_TRUE(In(SameMachine).isEmpty()) << "a family arrives whole or not at all";
     }
 }
+
+TEST_F(FileFamily, LetterCaseNeitherMovesADestinationOffTheMachineNorAMemberOffItsClass) {
+    enum Op { Copy, Delete };
+    struct Case {
+        const char* what;
+        QStringList upper;  // members written with their extension in upper case
+        QString machineDir; // "" the machine's own
+        Op op;
+        int kind;
+        QString destination;
+        QStringList result; // of family X at the destination, as found there (for a delete: what goes)
+    };
+    const QString sameInLowerCase = QStringLiteral("c:\\jobs\\punch1\\dest\\");
+    const QList<Case> cases{
+        {"the destination in lower case",
+         {},
+         {},
+         Copy,
+         2,
+         sameInLowerCase,
+         {"X.inf", "X.prg", "X.rpt", "X.stp"}},
+        {"a machine directory in lower case, part of a longer name",
+         {},
+         "unch",
+         Copy,
+         2,
+         SameMachine,
+         {"X.inf", "X.prg", "X.rpt", "X.stp"}},
+        {"an upper-case set-up sheet stays with kind 2",
+         {"X.STP"},
+         {},
+         Copy,
+         2,
+         OtherMachine,
+         {"X.inf", "X.prg", "X.rpt"}},
+        {"upper-case machine-bound members stay with kind 3",
+         {"X.STP", "X.USR", "X.SEQ"},
+         {},
+         Copy,
+         3,
+         OtherMachine,
+         {"X", "X.drw", "X.dxf", "X.inf", "X.nst", "X.prg", "X.rpt"}},
+        {"a kind 2 delete takes program members in any case",
+         {"X.PRG", "X.INF"},
+         {},
+         Delete,
+         2,
+         {},
+         {"X.INF", "X.PRG", "X.rpt", "X.stp"}},
+    };
+    const QString ownMachine = fx.Settings().MachineDir;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        Reset();
+        for (const QString& member : c.upper) {
+            fx.Remove(Work + "X." + member.mid(2).toLower());
+            fx.Write(Work + member, member.toLatin1());
+        }
+        fx.Settings().MachineDir = c.machineDir.isEmpty() ? ownMachine : c.machineDir;
+        const QStringList before = In(Work);
+        if (c.op == Delete) {
+            DeleteFamily(fx.session(), Work, "X", c.kind);
+            EXPECT_EQ(In(Work), Without(before, c.result));
+            continue;
+        }
+        EXPECT_EQ(CopyFamily(fx.session(), Work, "X", c.destination, "X", c.kind), 1);
+        EXPECT_EQ(fx.Files().List(c.destination, QStringLiteral("*"), EntryKinds::Files), c.result);
+    }
+    fx.Settings().MachineDir = ownMachine;
+}

@@ -172,3 +172,136 @@ TEST_F(FileFormTest, AFailedCopyStopsTheBatchWithOneMessage) {
     EXPECT_FALSE(fx.Files().Exists(archive + "X.prg")) << "the batch stops at the failure";
     EXPECT_TRUE(fx.OnDisk(Parts + "Cover.prg"));
 }
+
+TEST_F(FileFormTest, ChoosingAMachineAnyWayMovesOnToItsDirectories) {
+    enum class Way { Arrow, Typing, Click, ClickOnTheChosenOne };
+    const QStringList drives{"A: [Floppy Disk]", "E: [Removable Drive]", "G: [Removable Drive]"};
+    const QStringList laser = QStringList{"Kestrova"} + drives;
+    const struct {
+        Way way;
+        QString machine;
+        QStringList directories;
+    } cases[] = {
+        {Way::Arrow, "Laser 3030 Terminal", laser},
+        {Way::Typing, "Laser 3030 Terminal", laser},
+        {Way::Click, "Laser 3030 Terminal", laser},
+        {Way::ClickOnTheChosenOne, "Trumpf Punch 5000", QStringList{"Archive", "Kestrova", "Parts"} + drives},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(int(c.way));
+        Open(5);
+        QListWidget* machines = List("MachineList");
+        machines->setFocus();
+        QApplication::processEvents(); // the list laid out
+        switch (c.way) {
+        case Way::Arrow:
+            QTest::keyClick(machines, Qt::Key_End);
+            break;
+        case Way::Typing:
+            QTest::keyClick(machines, Qt::Key_L);
+            break;
+        case Way::Click:
+        case Way::ClickOnTheChosenOne:
+            QTest::mouseClick(
+                machines->viewport(), Qt::LeftButton, {},
+                machines->visualItemRect(machines->findItems(c.machine, Qt::MatchExactly).value(0)).center());
+            break;
+        }
+        ASSERT_TRUE(machines->currentItem());
+        EXPECT_EQ(machines->currentItem()->text(), c.machine);
+        EXPECT_EQ(Entries("DirectoryList"), c.directories);
+        EXPECT_EQ(form->focusWidget(), List("DirectoryList"));
+    }
+}
+
+TEST_F(FileFormTest, CopyOrMoveToADriveGoesToItsRootWithoutTheMachineBoundFiles) {
+    const QStringList leaving{"X", "X.drw", "X.dxf", "X.inf", "X.nst", "X.prg", "X.rpt"};
+    const QStringList staying{"X.seq", "X.stp", "X.usr"};
+    for (const int action : {5, 4}) {
+        SCOPED_TRACE(action);
+        fx.Remove("E:\\");
+        fx.MakeDir("E:\\");
+        Open(action);
+        Choose("FileList", "X");
+        Choose("DirectoryList", "E: [Removable Drive]");
+        const bool move = action == 4;
+        EXPECT_EQ(Ok({Answer::Yes}),
+                  (QStringList{QString(move ? "Move" : "Copy") + " \"X\"\nTo \"E: [Removable Drive]\" ?",
+                               move ? "1 File Moved !" : "1 File Copied !"}));
+        EXPECT_EQ(fx.Files().List("E:\\", "*", EntryKinds::Both), leaving);
+        EXPECT_EQ(fx.Files().List(Parts, "X*", EntryKinds::Files), move ? staying : leaving + staying);
+    }
+}
+
+TEST_F(FileFormTest, TheMachineIsAskedForOnlyWhenThereIsAChoice) {
+    Open(5);
+    Choose("FileList", "Cover");
+    Choose("DirectoryList", "Archive");
+    QListWidget* machines = List("MachineList");
+    machines->setFocus();
+    QTest::keyClick(machines, Qt::Key_Space, Qt::ControlModifier);
+    ASSERT_TRUE(machines->selectedItems().isEmpty());
+    EXPECT_EQ(Ok(), (QStringList{"<beep>", "No Machine Selected !"}));
+    EXPECT_EQ(form->focusWidget(), machines);
+    EXPECT_FALSE(fx.OnDisk("C:\\Jobs\\PUNCH1\\Archive\\Cover.prg"));
+
+    // With one machine there is nothing to choose: the files go within it.
+    fx.WriteLines("C:\\Kestrova\\Machine.lst",
+                  {"1,\"Trumpf Punch 5000\",\"PUNCH1\",\"Setman\",\"P\"", "******"});
+    fx.Load();
+    Open(5);
+    EXPECT_TRUE(List("MachineList")->isHidden());
+    Choose("FileList", "Cover");
+    Choose("DirectoryList", "Archive");
+    EXPECT_EQ(Ok({Answer::Yes}), (QStringList{"Copy \"Cover\"\nTo \"Archive\" ?", "1 File Copied !"}));
+    EXPECT_TRUE(fx.OnDisk("C:\\Jobs\\PUNCH1\\Archive\\Cover.prg"));
+}
+
+TEST_F(FileFormTest, ADoubleClickedFileIsDeletedOrGetsItsNameOrDestinationNext) {
+    const struct {
+        int action;
+        const char* focus; // "" the delete question instead
+    } cases[] = {{1, ""}, {2, "FileBox"}, {3, "FileBox"}, {4, "DirectoryList"}, {5, "DirectoryList"}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.action);
+        Open(c.action);
+        QListWidget* files = List("FileList");
+        QApplication::processEvents(); // the list laid out
+        const QPoint cover =
+            files->visualItemRect(files->findItems("Cover", Qt::MatchExactly).value(0)).center();
+        fx.Messages().Clear();
+        fx.Messages().Script({Answer::No});
+        QTest::mouseClick(files->viewport(), Qt::LeftButton, {}, cover);
+        QTest::mouseDClick(files->viewport(), Qt::LeftButton, {}, cover);
+        EXPECT_EQ(fx.Messages().Texts(), *c.focus ? QStringList() : QStringList{"Delete \"Cover\" ?"});
+        EXPECT_EQ(form->focusWidget()->objectName(), QLatin1String(*c.focus ? c.focus : "FileList"));
+        ASSERT_EQ(files->selectedItems().size(), 1);
+        EXPECT_EQ(files->selectedItems().first()->text(), "Cover");
+    }
+}
+
+TEST_F(FileFormTest, ANewFileNameHasThirtyTwoCharactersAtMost) {
+    const QString longest(32, u'n');
+    for (const int action : {2, 3}) {
+        SCOPED_TRACE(action);
+        fx.Write(Parts + longest + "n.prg", "too long a name");
+        Open(action);
+        auto* box = form->findChild<QLineEdit*>("FileBox");
+        // A family named elsewhere with a name too long: offered, but refused.
+        Choose("FileList", longest + "n");
+        EXPECT_EQ(box->text(), longest + "n");
+        EXPECT_EQ(Ok(), (QStringList{"<beep>", "Invalid File Name !"}));
+
+        Choose("FileList", "Cover");
+        box->setFocus();
+        box->selectAll();
+        fx.Messages().Clear();
+        QTest::keyClicks(box, longest + "n");
+        EXPECT_EQ(box->text(), longest);
+        EXPECT_EQ(fx.Messages().Log(), QStringList{"<beep>"}) << "the key past the limit is refused";
+        EXPECT_EQ(Ok({Answer::Yes}).value(1), action == 2 ? "1 File Renamed !" : "1 File Copied !");
+        EXPECT_TRUE(fx.OnDisk(Parts + longest + ".prg"));
+        fx.Remove(Parts + longest + ".prg");
+        fx.Write(Parts + "Cover.prg", "cover");
+    }
+}

@@ -1,11 +1,13 @@
 #include "filestore/Listings.h"
 
+#include "FaultInjector.h"
 #include "InstallationFixture.h"
 #include "filestore/SelectDirectory.h"
 
 #include <gtest/gtest.h>
 
 using namespace kestrova;
+using namespace kestrova::testing;
 using kestrova::testing::InstallationFixture;
 
 class Listings : public ::testing::Test {
@@ -96,6 +98,18 @@ TEST_F(Listings, SelectDirectoryFallsBackToTheFirstUsableEntryAndRewritesKestrov
     EXPECT_EQ(fx.Settings().CurrentPath, QStringLiteral("A:\\"));
     EXPECT_EQ(fx.ReadLines(cfg),
               (QStringList{"C:\\Kestrova\\", "C:\\Kestrova\\Setup\\", "C:\\Jobs\\", "1", "A:", "******"}));
+    {
+        // The same choice again (as every start makes it) leaves the file alone; a new one, or a
+        // file that differs in a single byte, has it rewritten.
+        FaultInjector faults(fx.Files());
+        faults.Fail(FileStep::Open, QStringLiteral("Kestrova.cfg"), EIO, 1, true);
+        SelectDirectory(fx.session(), "A:");
+        EXPECT_EQ(faults.Seen(), 0);
+        fx.Write(cfg, fx.Read(cfg).replace("A:", "a:"));
+        EXPECT_THROW(SelectDirectory(fx.session(), "A:"), SystemError);
+        EXPECT_THROW(SelectDirectory(fx.session(), "Archive"), SystemError);
+        EXPECT_EQ(faults.Fired(), 2);
+    }
 
     // Plain files of the machine directory are taken as they come.
     fx.Write(QStringLiteral("C:\\Jobs\\PUNCH1\\0-notes.txt"), "");

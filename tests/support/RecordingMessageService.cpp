@@ -26,6 +26,8 @@ Answer DefaultAnswer(const Message& m) {
 } // namespace
 
 Answer RecordingMessageService::Show(const Message& message) {
+    if (m_whileShowing)
+        m_whileShowing(message);
     Answer answer = DefaultAnswer(message);
     if (message.buttons != Buttons::Ok && !m_script.empty()) {
         answer = m_script.front();

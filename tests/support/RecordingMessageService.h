@@ -5,6 +5,7 @@
 #include <QList>
 #include <QStringList>
 #include <deque>
+#include <functional>
 
 namespace kestrova::testing {
 
@@ -23,6 +24,9 @@ public:
 
     // The answers to give, in order.
     void Script(std::initializer_list<Answer> answers);
+    // Runs as each message is shown, before it is answered: what happens while the operator
+    // reads it (a disk taken out, put back). Stays until replaced; an empty one ends it.
+    void WhileShowing(std::function<void(const Message&)> hook) { m_whileShowing = std::move(hook); }
 
     [[nodiscard]] QStringList Texts() const;
     // Messages and beeps in order: a beep is "<beep>".
@@ -35,6 +39,7 @@ public:
 
 private:
     std::deque<Answer> m_script;
+    std::function<void(const Message&)> m_whileShowing;
     QList<Shown> m_shown;
     QStringList m_log;
     int m_beeps = 0;
