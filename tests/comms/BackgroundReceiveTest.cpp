@@ -59,6 +59,7 @@ TEST(BackgroundReceive, WhatArrivesIsFiledByTheHeaderAndTrailerRules) {
         Files filed = {};        // the files' contents afterwards; no other file is added
         QStringList listed = {}; // "Receive.lst" and the receive list
         QStringList absent = {};
+        QStringList kept = {}; // the history's files of a replaced program
         bool receiving = false;
     } cases[] = {
         {.what = "two programs in one chunk; the same in two loses the trailer's last character",
@@ -106,7 +107,9 @@ TEST(BackgroundReceive, WhatArrivesIsFiledByTheHeaderAndTrailerRules) {
                    {NewProgram(2), "raw\r\nbytes \r\n\r\n"},
                    {NewProgram(3), "old three"},
                    {NewProgram(4), "more"}},
-         .listed = {InParts("Cover"), InParts("New Program 2"), InParts("New Program 4")}},
+         .listed = {InParts("Cover") + " (replaced, 3 lines changed)", InParts("New Program 2"),
+                    InParts("New Program 4")},
+         .kept = {"c/Kestrova/History/00000001.prg", "c/Kestrova/History/History.lst"}},
         {.what = "filtered characters still end a program; NULs never pass the line",
          .settings = {{"Trailer", "1,127"}},
          .chunks = {QByteArray("A\0B\x7f"
@@ -173,6 +176,7 @@ TEST(BackgroundReceive, WhatArrivesIsFiledByTheHeaderAndTrailerRules) {
         }
         if (!c.listed.isEmpty())
             added << QStringLiteral("c/Kestrova/Receive.lst");
+        added << c.kept;
         const auto newFiles = [&](QStringList files) {
             for (const QString& f : before + QStringList{"c/Kestrova/Receive.tmp", "c/Kestrova/Transfer.log"})
                 files.removeAll(f);

@@ -3,6 +3,8 @@
 
 #include "InstallationFixture.h"
 #include "editing/forms/CompareForm.h"
+#include "editing/forms/TextEditorWindow.h"
+#include "filestore/HistoryOperations.h"
 
 #include <QApplication>
 #include <QListWidget>
@@ -105,4 +107,22 @@ TEST_F(HistoryFormTest, VersionsCompareAndRestoreFromTheKeyboard) {
 
     Key(Qt::Key_Escape);
     EXPECT_FALSE(form.isVisible());
+}
+
+// A save in the built-in editor keeps the text it replaces, under the operation of the editor.
+TEST_F(HistoryFormTest, ASaveInTheEditorKeepsTheTextItReplaces) {
+    const QString x = Parts + "X.prg";
+    const QByteArray before = fx.Read(x);
+    TextEditorWindow editor(fx.Files(), fx.Messages(), x);
+    editor.KeepOldTextWith(
+        [this](const QString& file) { KeepPreviousVersion(fx.session(), file, SavedInEditor); });
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !editor.Loading(); }, 5000));
+    editor.SetText("N10 G91\r\n");
+    ASSERT_TRUE(editor.Save());
+    EXPECT_EQ(fx.Read(x), "N10 G91\r\n");
+    const ProgramHistory history(fx.Files(), fx.Settings().SystemPath);
+    const QList<HistoryVersion> versions = history.Versions(x);
+    ASSERT_EQ(versions.size(), 3);
+    EXPECT_EQ(versions[0].operation, SavedInEditor);
+    EXPECT_EQ(history.Bytes(versions[0]), before);
 }
