@@ -454,6 +454,10 @@ bool FileSystem::Link(const QString& existing, const QString& newName) {
     if (!target.parentExists)
         ThrowMissing(target);
     std::error_code ec;
+    // A second name for a link would be a second link, whose text changes with the file it names
+    // (or which names nothing from another directory): the text itself is copied instead.
+    if (fs::is_symlink(fs::symlink_status(ToFs(source.host), ec)))
+        return false;
     if (const int fault = InjectedFault(FileStep::Link, target.full))
         ec = std::error_code(fault, std::generic_category());
     else

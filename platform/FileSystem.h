@@ -97,7 +97,8 @@ public:
     // Gives the file existing a second name, newName, on the same text: no byte is copied, and
     // the text stays under newName when existing is later replaced or deleted (both rename a new
     // file over it or remove the name; neither writes into the old one). False, with nothing
-    // done, where the host cannot: another device, a file system without links, too many links.
+    // done, where the host cannot: another device, a file system without links, too many links,
+    // or existing is itself a link.
     [[nodiscard]] bool Link(const QString& existing, const QString& newName);
     // Forces a file (its text and its name) to the disk now, whatever else waits to be forced.
     void ForceToDisk(const QString& p);

@@ -13,6 +13,8 @@
 #include "filestore/HistoryOperations.h"
 #include "platform/TextFile.h"
 
+#include <QFile>
+#include <QFileInfo>
 #include <functional>
 #include <gtest/gtest.h>
 
@@ -272,4 +274,21 @@ TEST_F(ProgramHistoryTest, RestoringAVersionKeepsTheTextItReplaces) {
     EXPECT_EQ(versions[0].operation, RestoredVersionOf(first.when));
     EXPECT_EQ(History().Bytes(versions[0]), New);
     EXPECT_EQ(History().Bytes(versions[1]), Old);
+}
+
+// A program that is a link into a shared set-up: the rewrite fills the real file, and the kept
+// version must still hold the text the link showed before.
+TEST_F(ProgramHistoryTest, AProgramThatIsALinkKeepsItsOldTextNotTheLink) {
+    const QString x = Parts + "X.prg";
+    fx.Write("C:\\Shared\\real.prg", Old);
+    fx.Remove(x);
+    ASSERT_TRUE(QFile::link("../../../Shared/real.prg", fx.Host(x)));
+    ASSERT_EQ(fx.Read(x), Old);
+    RenumberProgram(fx.session(), x, Int16(5), Int16(5), 0);
+    EXPECT_TRUE(QFileInfo(fx.Host(x)).isSymLink()) << "the link stays a link";
+    EXPECT_EQ(fx.Read("C:\\Shared\\real.prg"), "N5 G90\r\nN10 X100 Y50\r\n");
+    const QList<HistoryVersion> versions = Versions(x);
+    ASSERT_EQ(versions.size(), 1);
+    EXPECT_EQ(History().Bytes(versions[0]), Old);
+    EXPECT_FALSE(QFileInfo(fx.Host(versions[0].file)).isSymLink());
 }
