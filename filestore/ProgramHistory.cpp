@@ -215,7 +215,11 @@ void ProgramHistory::Keep(const QString& program, const QString& operation) {
         throw;
     }
     catalog.entries.push_back(*ParseEntry(line));
-    ApplyLimits(catalog, limits);
+    try {
+        ApplyLimits(catalog, limits);
+    } catch (const SystemError& error) {
+        throw HistoryNotTrimmedError(error);
+    }
 }
 
 void ProgramHistory::Append(const Catalog& catalog, const QByteArray& line) {
@@ -281,6 +285,10 @@ QString NotKept(const QString& program, const SystemError& error) {
     return error.text() + QStringLiteral("\nThe History Of %1 Could Not Be Kept !").arg(Quoted(program));
 }
 
+QString NotTrimmed(const SystemError& error) {
+    return error.text() + QStringLiteral("\nThe Oldest Versions Of The History Could Not Be Dropped !");
+}
+
 } // namespace
 
 void KeepPreviousVersion(FileSystem& files, MessageService& messages, const QString& systemPath,
@@ -296,7 +304,8 @@ void KeepPreviousVersion(FileSystem& files, MessageService& messages, const QStr
         if (failing != FailingStores().constEnd() && *failing == error.kind())
             return;
         FailingStores().insert(store, error.kind());
-        messages.ShowError(NotKept(files.FullPath(program), error));
+        const bool kept = dynamic_cast<const HistoryNotTrimmedError*>(&error) != nullptr;
+        messages.ShowError(kept ? NotTrimmed(error) : NotKept(files.FullPath(program), error));
     }
 }
 

@@ -48,8 +48,9 @@ public:
     // its file where the host allows (the operations rename a new text over a program or remove
     // its name, never write into it), else a copy; then drops the oldest versions beyond the
     // limits of "History.cfg", never the one just kept. Nothing for a missing file, one the
-    // history does not keep, or with the history switched off. A failure raises the error of the host file
-    // layer, with nothing of this version listed.
+    // history does not keep, or with the history switched off. A failure to keep raises the error
+    // of the host file layer, with nothing of this version listed; a failure to drop raises
+    // HistoryNotTrimmedError, with this version kept.
     void Keep(const QString& program, const QString& operation);
 
     [[nodiscard]] const QString& Directory() const { return m_root; }
@@ -71,6 +72,13 @@ private:
     FileSystem& m_files;
     QString m_systemPath;
     QString m_root; // "C:\Kestrova\History\"
+};
+
+// A version kept whole whose oldest versions beyond the limits could not be dropped: the error
+// that stopped the drop. The versions stay listed as they were, the new one with them.
+class HistoryNotTrimmedError : public SystemError {
+public:
+    explicit HistoryNotTrimmedError(const SystemError& error) : SystemError(error) {}
 };
 
 // The one call of every operation just before it replaces, deletes or rewrites a program: keeps

@@ -250,6 +250,49 @@ TEST_F(ProgramHistoryTest, AStoreFailingAtAnyStepNeverStopsTheOperation) {
     }
 }
 
+// Old versions that cannot be dropped leave the history beyond its limit for a while, never the
+// new version unkept: the operation goes on, one message says so, and a later keeping drops them.
+TEST_F(ProgramHistoryTest, OldVersionsThatCannotBeDroppedLeaveTheNewOneKept) {
+    const QString x = Parts + "X.prg";
+    const QString history = "C:\\Kestrova\\History\\";
+    fx.WriteLines("C:\\Kestrova\\History.cfg", HistoryLimitsLines({1, qint64(500) << 20}));
+    struct Case {
+        FileStep step;
+        QString file; // the history's file that fails
+        QStringList listed;
+    };
+    const QList<Case> cases{
+        {FileStep::Replace, history + "History.lst", {CopiedOverFrom(Beta), "first"}},
+        {FileStep::Delete, history + "00000001.prg", {CopiedOverFrom(Beta)}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.file.toStdString());
+        fx.Remove(history);
+        Replace(x, "first text");
+        KeepPreviousVersion(fx.session(), x, "first");
+        Replace(x, Old);
+        fx.Write(Beta + "X.prg", New);
+        fx.Messages().Clear();
+        FaultInjector faults(fx.Files());
+        faults.Fail(c.step, c.file, ENOSPC);
+        fx.Messages().Script({Answer::Yes});
+        EXPECT_EQ(CopyFamily(fx.session(), Beta, "X", Parts, "X", 2), 1);
+        EXPECT_EQ(faults.Fired(), 1);
+        EXPECT_EQ(fx.Read(x), New);
+        EXPECT_EQ(fx.Messages().Texts(),
+                  (QStringList{OverwriteQuestion("X"),
+                               DiskFullError(c.file).text() +
+                                   "\nThe Oldest Versions Of The History Could Not Be Dropped !"}));
+        EXPECT_EQ(Operations(x), c.listed);
+        EXPECT_EQ(History().Bytes(Versions(x).at(0)), Old);
+
+        Replace(x, "later");
+        KeepPreviousVersion(fx.session(), x, "again");
+        EXPECT_EQ(Operations(x), QStringList{"again"});
+        EXPECT_EQ(fx.Messages().Texts().size(), 2) << "nothing more to tell";
+    }
+}
+
 TEST_F(ProgramHistoryTest, AFailingStoreIsToldOnceUntilItWorksAgain) {
     FaultInjector faults(fx.Files());
     faults.Fail(FileStep::Link, {}, EIO, 1, true);
