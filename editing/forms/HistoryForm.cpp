@@ -61,6 +61,10 @@ HistoryForm::HistoryForm(Session& session, const QString& program, QWidget* pare
     (m_versionList->count() > 0 ? m_versionList : m_programs)->setFocus();
 }
 
+CompareForm* HistoryForm::Compare() const {
+    return m_compare.data();
+}
+
 QString HistoryForm::VersionLine(const HistoryVersion& version) {
     return QStringLiteral("%1   %2   %3 bytes").arg(version.when, version.operation).arg(version.size);
 }
@@ -122,13 +126,16 @@ void HistoryForm::Compare_Click() {
             m_compare->close();
         m_compare = new CompareForm(diff, VersionLine(older), newerTitle, this);
         m_compare->setAttribute(Qt::WA_DeleteOnClose);
-        // Closed, it gives the keyboard back to the versions.
-        connect(m_compare, &QObject::destroyed, this, [this] {
-            m_compare = nullptr;
+        // Closed by the operator, it gives the keyboard back to the versions. (Not on its
+        // deletion: that also comes while this form is being deleted, its lists gone.)
+        connect(m_compare, &QDialog::finished, this, [this] {
             activateWindow();
             m_versionList->setFocus();
         });
         m_compare->show();
+        // The keyboard goes with it, so that F8 and Esc work on the comparison at once.
+        m_compare->raise();
+        m_compare->activateWindow();
     });
 }
 

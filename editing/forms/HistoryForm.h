@@ -4,6 +4,7 @@
 #include "filestore/ProgramHistory.h"
 
 #include <QDialog>
+#include <QPointer>
 
 class QLabel;
 class QListWidget;
@@ -25,7 +26,7 @@ public:
     HistoryForm(Session& session, const QString& program, QWidget* parent = nullptr);
 
     // The compare form last opened, while it is open.
-    [[nodiscard]] CompareForm* Compare() const { return m_compare; }
+    [[nodiscard]] CompareForm* Compare() const;
     // The line of the version list for a version.
     [[nodiscard]] static QString VersionLine(const HistoryVersion& version);
 
@@ -44,7 +45,8 @@ private:
     QListWidget* m_versionList = nullptr;
     QPushButton* m_compareButton = nullptr;
     QPushButton* m_restoreButton = nullptr;
-    CompareForm* m_compare = nullptr;
+    // Deleted when closed, or with this form: never followed once gone.
+    QPointer<CompareForm> m_compare;
 };
 
 } // namespace kestrova

@@ -8,6 +8,7 @@
 
 #include <QApplication>
 #include <QListWidget>
+#include <QPushButton>
 #include <QTest>
 #include <gtest/gtest.h>
 
@@ -105,8 +106,20 @@ TEST_F(HistoryFormTest, VersionsCompareAndRestoreFromTheKeyboard) {
     ASSERT_EQ(versions->count(), 3) << "the replaced current text is kept";
     EXPECT_TRUE(versions->item(0)->text().contains("restored the version of"));
 
+    // The comparison takes the keyboard as it opens: the first Esc closes it, the next the form.
+    AccessKey(Qt::Key_C);
+    ASSERT_TRUE(form.Compare());
+    EXPECT_EQ(QApplication::focusWidget()->window(), form.Compare());
+    Key(Qt::Key_Escape);
+    QApplication::processEvents();
+    EXPECT_FALSE(form.Compare());
+    EXPECT_TRUE(form.isVisible());
     Key(Qt::Key_Escape);
     EXPECT_FALSE(form.isVisible());
+
+    // A comparison still open goes with the form.
+    form.findChild<QPushButton*>("HistoryCompare")->click();
+    ASSERT_TRUE(form.Compare());
 }
 
 // A save in the built-in editor keeps the text it replaces, under the operation of the editor.
