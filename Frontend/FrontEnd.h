@@ -150,6 +150,7 @@ private:
 
     // --- The edit form (FrontEndEditing.cpp) -----------------------------------------------
     void OpenEditForm(int operation);
+    void OpenHistoryForm();
 
     // --- Import, export and the Rainer floppy (FrontEndExchange.cpp) -------------------------
     void OpenExternalForm(int mode);

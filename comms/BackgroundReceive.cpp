@@ -3,6 +3,7 @@
 #include "comms/DncState.h"
 #include "comms/PortSetup.h"
 #include "comms/ReceivedHeader.h"
+#include "comms/ReceivedOver.h"
 #include "comms/TransferLog.h"
 #include "comms/UnfiledProgram.h"
 #include "filestore/Names.h"
@@ -398,6 +399,7 @@ void BackgroundReceive::FileReceivedProgram() {
         named = FileInDirectory(path, program, QStringLiteral("prg"));
     }
     const QString target = *named;
+    const ReceivedOver over(m_session, target, m_settings.Port);
     // The program of that name is replaced whole: it keeps its text until the new one is complete
     // and on the disk, and a link stays a link, so a failure here leaves it as it was and the
     // received program whole in its collecting file.
@@ -414,9 +416,11 @@ void BackgroundReceive::FileReceivedProgram() {
         files.Copy(m_collectPath, target);
     }
 
+    const QString told = over.Told();
     QString entry = program + QStringLiteral(" in ") + directory;
     if (g.MachineCount >= 2)
         entry += QStringLiteral(" for ") + description;
+    entry += told;
     try {
         AddListLine(entry);
         RefreshReceiveList();
@@ -425,8 +429,8 @@ void BackgroundReceive::FileReceivedProgram() {
         m_session.messages.ShowError(e.text());
     }
 
-    AppendTransferLog(m_session,
-                      {machine, m_settings.Port, program, files.Length(target), QStringLiteral("received")});
+    AppendTransferLog(m_session, {machine, m_settings.Port, program, files.Length(target),
+                                  QStringLiteral("received") + told});
     Q_EMIT ProgramFiled(target);
     CloseTemp();
     m_receiving = false;

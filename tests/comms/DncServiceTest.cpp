@@ -8,6 +8,7 @@
 #include "comms/DncRequest.h"
 #include "comms/SendEngine.h"
 #include "comms/TransferLog.h"
+#include "filestore/ProgramHistory.h"
 
 #include <QTimer>
 #include <gtest/gtest.h>
@@ -251,4 +252,36 @@ TEST(DncService, TheWindowLeavesTheServedPortAndFollowsTheServicesList) {
     ASSERT_TRUE(RunEventsUntil([&] { return s.line->PortOpen(); }));
     EXPECT_EQ(s.receive->LineState(), BackgroundLineState::Listening);
     EXPECT_TRUE(fx.Messages().Texts().isEmpty());
+}
+
+// A program the service receives over a stored one of its name keeps the stored text in the
+// history, and the log and the list count the changed lines, as the background receive of the
+// main window does.
+TEST(DncService, AProgramReceivedOverAStoredOneKeepsItsHistory) {
+    ScriptedService s;
+    ServeMachines(s.fx, 1);
+    s.fx.Load();
+    s.Start();
+    const QByteArray header = "\x17PUNCH1\r\n\x18Parts\r\n\x19P7\r\n";
+    for (const QByteArray text : {"G01 X1\r\nM30\r\n", "G01 X2\r\nM30\r\n", "G01 X2\r\nM30\r\n"}) {
+        s.lines.at(1)->Feed(header + text + "%");
+        ASSERT_TRUE(RunEventsUntil([&] { return AllIdle(*s.service); }));
+    }
+    const QString filed = Parts + "P7.prg";
+    EXPECT_EQ(Contents(s.fx, filed), "G01 X2\r\nM30\r\n");
+    const QStringList list = s.fx.ReadLines("C:\\Kestrova\\Receive.lst");
+    ASSERT_EQ(list.size(), 3);
+    EXPECT_FALSE(list[0].contains("(")) << list[0].toStdString();
+    EXPECT_TRUE(list[1].endsWith(" (replaced, 1 line changed)")) << list[1].toStdString();
+    EXPECT_TRUE(list[2].endsWith(" (unchanged)")) << list[2].toStdString();
+    const QStringList log = LastTransferLogLines(s.fx.session(), 3);
+    ASSERT_EQ(log.size(), 3);
+    EXPECT_TRUE(log[1].endsWith("received (replaced, 1 line changed)")) << log[1].toStdString();
+    EXPECT_TRUE(log[2].endsWith("received (unchanged)")) << log[2].toStdString();
+    const ProgramHistory history(s.fx.Files(), s.fx.Settings().SystemPath);
+    const QList<HistoryVersion> versions = history.Versions(filed);
+    ASSERT_EQ(versions.size(), 2);
+    EXPECT_EQ(versions[0].operation, "received on COM1");
+    EXPECT_EQ(history.Bytes(versions[1]), "G01 X1\r\nM30\r\n");
+    EXPECT_TRUE(s.fx.Messages().Texts().isEmpty());
 }
