@@ -230,7 +230,13 @@ TEST_F(FrontEndTest, TheManualOpensWithTheReaderOrItsMessages) {
     fx.WriteProgram(QStringLiteral("C:\\Kestrova\\Reader\\Viewer.exe"),
                     "printf '%s\\r\\n' \"$1\" > Opened.txt");
     Trigger("Manuals");
-    EXPECT_TRUE(RunEventsUntil([&] { return fx.OnDisk(QStringLiteral("C:\\Kestrova\\Opened.txt")); }, 2000));
+    // The reader's shell creates the file before it writes the line: wait for the line itself.
+    EXPECT_TRUE(RunEventsUntil(
+        [&] {
+            return fx.OnDisk(QStringLiteral("C:\\Kestrova\\Opened.txt")) &&
+                   fx.Read(QStringLiteral("C:\\Kestrova\\Opened.txt")).endsWith('\n');
+        },
+        5000));
     EXPECT_EQ(fx.ReadLines(QStringLiteral("C:\\Kestrova\\Opened.txt")),
               QStringList{fx.Host(QStringLiteral("C:\\Kestrova\\Manuals\\Frontend.pdf"))});
 
