@@ -56,7 +56,14 @@ struct Block {
     int distance = -1; // 90 or 91
     std::optional<double> tool;
     bool notUnderstood = false;
+    bool noMove = false; // X and Y are the arguments of a code, not a place to go
 };
+
+// Codes whose X and Y are no move of the tool: a dwell's time, data set, the returns to the
+// reference point, and the coordinate settings (a punching program's G92 gives its sheet size).
+bool TakesXyAsArguments(int code) {
+    return code == 4 || code == 10 || (code >= 27 && code <= 30) || code == 52 || code == 92;
+}
 
 } // namespace
 
@@ -163,8 +170,10 @@ void ProgramReader::ReadLine(QByteArrayView text) {
                 block.motion = code;
             else if (code == 90 || code == 91)
                 block.distance = code;
-            else
+            else {
                 block.notUnderstood = true;
+                block.noMove = block.noMove || TakesXyAsArguments(code);
+            }
             break;
         }
         case 'M': {
@@ -195,7 +204,7 @@ void ProgramReader::ReadLine(QByteArrayView text) {
         m_tool = std::uint16_t(std::clamp(*block.tool, 0.0, 65535.0));
 
     const bool arc = m_motion == 2 || m_motion == 3;
-    const bool moves = block.x || block.y || (arc && (block.i || block.j));
+    const bool moves = !block.noMove && (block.x || block.y || (arc && (block.i || block.j)));
     if (!moves) {
         countNotDrawn();
         return;

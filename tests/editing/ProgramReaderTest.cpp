@@ -157,17 +157,24 @@ TEST(ProgramReaderTest, CommentsAndGarbageAreCountedNeverFatal) {
                                              "(SHEET 1000 x 500 - 2 MM)\n"
                                              "(SHEET 9X9)\n"
                                              "F2000 S300 :12 %\n"
-                                             "(UNCLOSED X77\n",
+                                             "(UNCLOSED X77\n"
+                                             "N8 G92 X2500. Y1250.\n"
+                                             "N9 G04 X2\n"
+                                             "N10 G28 X0 Y0\n"
+                                             "N11 X5\n",
                                              Profiling);
+    // The sheet size of G92, a dwell's time and a reference return are no moves: the tool goes
+    // on from where it was.
     ExpectElements(d, {
                           {0, K::Feed, 1, 1},
                           {1, K::Feed, 2, 1},
                           {2, K::Feed, 3, 1},
                           {3, K::Feed, 3, 4},
                           {6, K::Feed, 4, 4},
+                          {14, K::Feed, 5, 4},
                       });
-    EXPECT_EQ(d.blocksNotDrawn, 5);
-    EXPECT_EQ(d.linesNotDrawn, (std::vector<std::int32_t>{1, 2, 3, 4, 5}));
+    EXPECT_EQ(d.blocksNotDrawn, 8);
+    EXPECT_EQ(d.linesNotDrawn, (std::vector<std::int32_t>{1, 2, 3, 4, 5, 11, 12, 13}));
     ASSERT_TRUE(d.sheet);
     EXPECT_FLOAT_EQ(d.sheet->first, 1000);
     EXPECT_FLOAT_EQ(d.sheet->second, 500);
