@@ -13,7 +13,7 @@ tools/deps.sh
 BUILD_DIR=${SANITIZE_BUILD_DIR:-build-sanitize}
 JOBS=${JOBS:-$(nproc)}
 selection=(test_platform test_settings test_filestore test_comms test_comms_transfer test_comms_pty
-    test_comms_transfer_pty test_exchange test_editing test_fuzz_replay)
+    test_comms_transfer_pty test_dnc_pty test_exchange test_editing test_fuzz_replay)
 [ "${1:-}" = "--all" ] && selection=()
 
 flags="-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer"
@@ -34,7 +34,7 @@ else
     for t in "${selection[@]}"; do
         grep -rqs "kestrova_test($t\b" tests --include=CMakeLists.txt && targets+=("$t")
     done
-    cmake --build "$BUILD_DIR" -j "$JOBS" --target "${targets[@]}" kestrova-machine
+    cmake --build "$BUILD_DIR" -j "$JOBS" --target "${targets[@]}" kestrova-machine kestrova-dnc
     label=$(IFS='|'; echo "^(${targets[*]})\$")
     ctest --test-dir "$BUILD_DIR" --output-on-failure -j "$JOBS" -L "$label"
 fi
