@@ -1,0 +1,244 @@
+#include "platform/Rfc2217Link.h"
+
+#include "platform/GensioLoop.h"
+
+#include <gensio/gensio.h>
+#include <gensio/sergensio.h>
+
+namespace kestrova {
+
+namespace {
+
+// How long the device server may take to answer each setting.
+constexpr int AnswerMs = 2000;
+
+gensio_time After(int ms) {
+    return {ms / 1000, (ms % 1000) * 1000000};
+}
+
+QString ErrorText(int error) {
+    return QString::fromUtf8(gensio_err_to_str(error));
+}
+
+// A gensio waiter, freed with the loop's functions.
+class Waiter {
+public:
+    explicit Waiter(gensio_os_funcs* o) : m_o(o), m_waiter(gensio_os_funcs_alloc_waiter(o)) {}
+    ~Waiter() {
+        if (m_waiter)
+            gensio_os_funcs_free_waiter(m_o, m_waiter);
+    }
+    Waiter(const Waiter&) = delete;
+    Waiter& operator=(const Waiter&) = delete;
+    [[nodiscard]] gensio_waiter* get() const { return m_waiter; }
+
+private:
+    gensio_os_funcs* m_o;
+    gensio_waiter* m_waiter;
+};
+
+} // namespace
+
+void Rfc2217Link::GensioFree::operator()(gensio* io) const {
+    // Closes it first where it is open.
+    gensio_free(io);
+}
+
+void Rfc2217Link::BlockingFree::operator()(sergensio_b* b) const {
+    sergensio_b_free(b);
+}
+
+Rfc2217Link::Rfc2217Link(QObject* parent) : NetLink(parent) {}
+
+Rfc2217Link::~Rfc2217Link() {
+    m_blocking.reset();
+    m_io.reset();
+}
+
+bool Rfc2217Link::Start(const NetAddress& address, QString& reason) {
+    gensio_os_funcs* o = GensioLoop::Instance().Funcs();
+    const QString ip = address.host.contains(u':') ? QStringLiteral("ipv6,") : QString();
+    const QByteArray spec =
+        QStringLiteral("telnet(rfc2217=true),tcp,%1%2,%3").arg(ip, address.host).arg(address.port).toUtf8();
+    gensio* io = nullptr;
+    if (const int error = str_to_gensio(spec.constData(), o, &Rfc2217Link::OnEvent, this, &io); error != 0) {
+        reason = ErrorText(error);
+        return false;
+    }
+    m_io.reset(io);
+    m_opening = true;
+    if (const int error = gensio_open(io, &Rfc2217Link::OnOpenDone, this); error != 0) {
+        m_opening = false;
+        reason = ErrorText(error);
+        return false;
+    }
+    return true;
+}
+
+bool Rfc2217Link::ConnectNow(const NetAddress& address, int ms, QString& reason) {
+    m_dropped = true; // a failure here is the caller's to tell
+    if (!Start(address, reason))
+        return false;
+    gensio_os_funcs* o = GensioLoop::Instance().Funcs();
+    const Waiter waiter(o);
+    gensio_time left = After(ms);
+    while (m_opening) {
+        // Runs the library alone until the open is done or the time is up.
+        if (gensio_os_funcs_wait(o, waiter.get(), 1, &left) == GE_TIMEDOUT && m_opening) {
+            reason = QStringLiteral("no answer");
+            m_io.reset();
+            m_opening = false;
+            return false;
+        }
+    }
+    if (!m_open) {
+        reason = ErrorText(m_openError);
+        m_io.reset();
+        return false;
+    }
+    m_dropped = false;
+    return true;
+}
+
+void Rfc2217Link::ConnectLater(const NetAddress& address) {
+    QString reason;
+    if (!Start(address, reason))
+        QMetaObject::invokeMethod(
+            this, [this, reason] { Drop(reason); }, Qt::QueuedConnection);
+}
+
+void Rfc2217Link::OnOpenDone(gensio* io, int error, void* self) {
+    Q_UNUSED(io);
+    static_cast<Rfc2217Link*>(self)->Opened(error);
+}
+
+void Rfc2217Link::Opened(int error) {
+    m_opening = false;
+    m_openError = error;
+    m_open = error == 0;
+    if (!m_open) {
+        Drop(ErrorText(error));
+        return;
+    }
+    gensio_set_read_callback_enable(m_io.get(), true);
+    if (sergensio* sio = gensio_to_sergensio(m_io.get())) {
+        // The device server is to report the three lines the line events follow.
+        (void)sergensio_modemstate(sio, SERGENSIO_MODEMSTATE_CTS | SERGENSIO_MODEMSTATE_DSR |
+                                            SERGENSIO_MODEMSTATE_CD);
+        sergensio_b* blocking = nullptr;
+        if (sergensio_b_alloc(sio, GensioLoop::Instance().Funcs(), &blocking) == 0)
+            m_blocking.reset(blocking);
+    }
+    Q_EMIT Connected();
+}
+
+void Rfc2217Link::Drop(const QString& reason) {
+    if (m_dropped)
+        return;
+    m_dropped = true;
+    Q_EMIT Dropped(reason);
+}
+
+qsizetype Rfc2217Link::Write(const QByteArray& bytes) {
+    if (!m_open || m_dropped)
+        return 0;
+    gensiods taken = 0;
+    if (const int error =
+            gensio_write(m_io.get(), &taken, bytes.constData(), gensiods(bytes.size()), nullptr);
+        error != 0) {
+        QMetaObject::invokeMethod(
+            this, [this, error] { Drop(ErrorText(error)); }, Qt::QueuedConnection);
+        return 0;
+    }
+    if (qsizetype(taken) < bytes.size())
+        gensio_set_write_callback_enable(m_io.get(), true);
+    return qsizetype(taken);
+}
+
+bool Rfc2217Link::Apply(const LineFraming& framing, int handshaking, bool dtr, bool rts, QString& reason) {
+    if (!m_blocking) {
+        reason = QStringLiteral("the device server does not take serial settings");
+        return false;
+    }
+    int parity = SERGENSIO_PARITY_NONE;
+    switch (framing.parity) {
+    case 'E':
+        parity = SERGENSIO_PARITY_EVEN;
+        break;
+    case 'O':
+        parity = SERGENSIO_PARITY_ODD;
+        break;
+    case 'M':
+        parity = SERGENSIO_PARITY_MARK;
+        break;
+    case 'S':
+        parity = SERGENSIO_PARITY_SPACE;
+        break;
+    default:
+        break;
+    }
+    // XON/XOFF is done by the line itself; only RTS/CTS is the device server's.
+    const bool hardware = (handshaking & 2) != 0;
+    struct Setting {
+        const char* what;
+        int (*set)(sergensio_b*, int*, gensio_time*);
+        int value;
+    };
+    QList<Setting> settings = {
+        {"speed", &sergensio_baud_b_timeout, framing.baud},
+        {"data bits", &sergensio_datasize_b_timeout, framing.dataBits},
+        {"parity", &sergensio_parity_b_timeout, parity},
+        {"stop bits", &sergensio_stopbits_b_timeout, framing.stopBits},
+        {"flow control", &sergensio_flowcontrol_b_timeout,
+         int(hardware ? SERGENSIO_FLOWCONTROL_RTS_CTS : SERGENSIO_FLOWCONTROL_NONE)},
+        {"DTR", &sergensio_dtr_b_timeout, int(dtr ? SERGENSIO_DTR_ON : SERGENSIO_DTR_OFF)},
+    };
+    if (!hardware)
+        settings.append({"RTS", &sergensio_rts_b_timeout, int(rts ? SERGENSIO_RTS_ON : SERGENSIO_RTS_OFF)});
+    for (const Setting& s : settings) {
+        int value = s.value;
+        gensio_time wait = After(AnswerMs);
+        if (const int error = s.set(m_blocking.get(), &value, &wait); error != 0) {
+            reason = QStringLiteral("%1: %2").arg(QLatin1String(s.what), ErrorText(error));
+            return false;
+        }
+        if (value != s.value) {
+            reason = QStringLiteral("%1 refused").arg(QLatin1String(s.what));
+            return false;
+        }
+    }
+    return true;
+}
+
+int Rfc2217Link::OnEvent(gensio* io, void* self, int event, int error, unsigned char* buf,
+                         unsigned long* length, const char* const* auxdata) {
+    Q_UNUSED(io);
+    Q_UNUSED(auxdata);
+    auto* link = static_cast<Rfc2217Link*>(self);
+    switch (event) {
+    case GENSIO_EVENT_READ:
+        if (error != 0) {
+            gensio_set_read_callback_enable(link->m_io.get(), false);
+            link->Drop(error == GE_REMCLOSE ? DeviceServerClosed() : ErrorText(error));
+            return 0;
+        }
+        if (length && *length > 0)
+            Q_EMIT link->Arrived(QByteArray(reinterpret_cast<const char*>(buf), qsizetype(*length)));
+        return 0;
+    case GENSIO_EVENT_WRITE_READY:
+        gensio_set_write_callback_enable(link->m_io.get(), false);
+        Q_EMIT link->Written();
+        return 0;
+    case GENSIO_EVENT_SER_MODEMSTATE: {
+        const unsigned state = *reinterpret_cast<const unsigned*>(buf);
+        link->m_linesReported = true;
+        Q_EMIT link->ModemLines(state & SERGENSIO_MODEMSTATE_CTS, state & SERGENSIO_MODEMSTATE_DSR,
+                                state & SERGENSIO_MODEMSTATE_CD);
+        return 0;
+    }
+    default:
+        return GE_NOTSUP;
+    }
+}
+
+} // namespace kestrova

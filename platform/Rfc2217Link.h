@@ -1,0 +1,54 @@
+#pragma once
+
+#include "platform/NetLink.h"
+
+#include <memory>
+
+struct gensio;
+struct sergensio_b;
+
+namespace kestrova {
+
+// A Telnet connection with the COM port option (RFC 2217) to a device server, through libgensio
+// run by Qt's loop (GensioLoop): the line's framing, flow control and DTR and RTS levels are
+// sent to the device server, which reports CTS, DSR and CD back.
+class Rfc2217Link final : public NetLink {
+    Q_OBJECT
+public:
+    explicit Rfc2217Link(QObject* parent = nullptr);
+    ~Rfc2217Link() override;
+
+    [[nodiscard]] bool ConnectNow(const NetAddress& address, int ms, QString& reason) override;
+    void ConnectLater(const NetAddress& address) override;
+    [[nodiscard]] qsizetype Write(const QByteArray& bytes) override;
+    [[nodiscard]] qint64 Queued() const override { return 0; }
+    [[nodiscard]] bool Apply(const LineFraming& framing, int handshaking, bool dtr, bool rts,
+                             QString& reason) override;
+    [[nodiscard]] bool ModemLinesReported() const override { return m_linesReported; }
+
+private:
+    struct GensioFree {
+        void operator()(gensio* io) const;
+    };
+    struct BlockingFree {
+        void operator()(sergensio_b* b) const;
+    };
+
+    // Makes the gensio and starts opening it; false with the reason when it cannot start.
+    [[nodiscard]] bool Start(const NetAddress& address, QString& reason);
+    void Opened(int error);
+    void Drop(const QString& reason);
+    static int OnEvent(gensio* io, void* self, int event, int error, unsigned char* buf,
+                       unsigned long* length, const char* const* auxdata);
+    static void OnOpenDone(gensio* io, int error, void* self);
+
+    std::unique_ptr<gensio, GensioFree> m_io;
+    std::unique_ptr<sergensio_b, BlockingFree> m_blocking;
+    bool m_opening = false;
+    bool m_open = false;
+    int m_openError = 0;
+    bool m_dropped = false;
+    bool m_linesReported = false;
+};
+
+} // namespace kestrova
