@@ -40,6 +40,8 @@ public:
         Q_UNUSED(reason);
         return true;
     }
+    // The connection may serve the port's next opening: nothing asked of it waits for an answer.
+    [[nodiscard]] virtual bool Reusable() const { return true; }
     // The device server reports the modem lines (ModemLines).
     [[nodiscard]] virtual bool ModemLinesReported() const { return false; }
 

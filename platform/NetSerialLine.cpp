@@ -4,6 +4,7 @@
 #include "platform/FlowControl.h"
 #include "platform/LineCounters.h"
 #include "platform/Rfc2217Link.h"
+#include "platform/SpareLinks.h"
 #include "platform/TcpLink.h"
 #include "platform/TextFile.h"
 
@@ -15,20 +16,13 @@ namespace {
 constexpr int ConnectMs = 3000;
 // A device server that may be back is tried this often while it is watched for.
 constexpr int RetryMs = 1000;
-// A connection closed by the line is kept this long for the next opening: a device server
-// serves one connection at a time, and one just closed may not yet be free on its side when
-// a transfer opens the port again at once.
-constexpr int SpareMs = 2000;
 
 } // namespace
 
 NetSerialLine::NetSerialLine(PortKind kind, NetAddress address, QObject* parent)
-    : SerialLine(parent), m_kind(kind), m_address(std::move(address)), m_retry(this), m_spareExpiry(this) {
+    : SerialLine(parent), m_kind(kind), m_address(std::move(address)), m_retry(this) {
     m_retry.setInterval(RetryMs);
     connect(&m_retry, &QTimer::timeout, this, &NetSerialLine::TryInBackground);
-    m_spareExpiry.setSingleShot(true);
-    m_spareExpiry.setInterval(SpareMs);
-    connect(&m_spareExpiry, &QTimer::timeout, this, [this] { Discard(m_spare); });
 }
 
 NetSerialLine::~NetSerialLine() {
@@ -49,6 +43,10 @@ void NetSerialLine::Discard(std::unique_ptr<NetLink>& link) {
     link.release()->deleteLater();
 }
 
+QString NetSerialLine::SpareKey() const {
+    return QString::number(int(m_kind)) + u' ' + m_address.Text();
+}
+
 QString NetSerialLine::Where(const QString& reason) const {
     return m_address.Text() + QStringLiteral(": ") + reason;
 }
@@ -66,11 +64,8 @@ void NetSerialLine::Open() {
     const QString name = PortName(CommPort());
     if (!ParseFraming(Settings()))
         throw DeviceUnavailableError(name, QStringLiteral("settings \"%1\" rejected").arg(Settings()));
-    std::unique_ptr<NetLink> link = std::move(m_spare);
-    m_spareExpiry.stop();
-    if (link) {
-        link->disconnect(this);
-    } else {
+    std::unique_ptr<NetLink> link = SpareLinks::Instance().Take(SpareKey());
+    if (!link) {
         link = MakeLink();
         QString reason;
         if (!link->ConnectNow(m_address, ConnectMs, reason))
@@ -97,11 +92,10 @@ void NetSerialLine::Open() {
 void NetSerialLine::Close() {
     // What XOFF still holds back is lost, as on a local line; the rest goes on its way.
     Push();
-    m_link->disconnect(this);
-    Discard(m_spare);
-    m_spare = std::move(m_link);
-    connect(m_spare.get(), &NetLink::Dropped, this, [this] { Discard(m_spare); });
-    m_spareExpiry.start();
+    if (m_link->Reusable())
+        SpareLinks::Instance().Keep(SpareKey(), std::move(m_link));
+    else
+        m_link.reset();
     m_input.clear();
     m_waiting.clear();
     m_xoff = false;
@@ -214,17 +208,13 @@ void NetSerialLine::TryInBackground() {
     // while one is on its way or waiting would only take the device server's one connection.
     if (m_trial || m_link)
         return;
-    if (m_spare) {
+    if (SpareLinks::Instance().Has(SpareKey())) {
         Q_EMIT DeviceMayBeBack();
         return;
     }
     m_trial = MakeLink();
     connect(m_trial.get(), &NetLink::Connected, this, [this] {
-        m_trial->disconnect(this);
-        Discard(m_spare);
-        m_spare = std::move(m_trial);
-        connect(m_spare.get(), &NetLink::Dropped, this, [this] { Discard(m_spare); });
-        m_spareExpiry.start();
+        SpareLinks::Instance().Keep(SpareKey(), std::move(m_trial));
         Q_EMIT DeviceMayBeBack();
     });
     connect(m_trial.get(), &NetLink::Dropped, this, [this] { Discard(m_trial); });

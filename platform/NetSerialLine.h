@@ -23,6 +23,7 @@ namespace kestrova {
 // - A connection that ends while open closes the port and raises LineLost once.
 // - While the device is watched for, a connection is tried in the background every second;
 //   once one is made it is kept for the next opening and DeviceMayBeBack is raised.
+// - A connection closed is kept a moment for the next opening of the port (SpareLinks).
 class NetSerialLine final : public SerialLine {
     Q_OBJECT
 public:
@@ -54,6 +55,8 @@ private:
     [[nodiscard]] std::unique_ptr<NetLink> MakeLink();
     void Open();
     void Close();
+    // The key of this port's spare connections (SpareLinks).
+    [[nodiscard]] QString SpareKey() const;
     // The reason prefixed with the device server's address.
     [[nodiscard]] QString Where(const QString& reason) const;
     void Apply();
@@ -71,9 +74,7 @@ private:
     NetAddress m_address;
     std::unique_ptr<NetLink> m_link;  // the open connection
     std::unique_ptr<NetLink> m_trial; // a connection being tried while the device is watched for
-    std::unique_ptr<NetLink> m_spare; // a connection made but not open: closed a moment ago, or tried
     QTimer m_retry;
-    QTimer m_spareExpiry;
     QByteArray m_input;
     QByteArray m_waiting; // output not yet taken by the connection, or held back by XOFF
     bool m_xoff = false;

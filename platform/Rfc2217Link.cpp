@@ -2,6 +2,9 @@
 
 #include "platform/GensioLoop.h"
 
+#include <QElapsedTimer>
+#include <QThread>
+#include <cstdlib>
 #include <gensio/gensio.h>
 #include <gensio/sergensio.h>
 
@@ -11,6 +14,8 @@ namespace {
 
 // How long the device server may take to answer each setting.
 constexpr int AnswerMs = 2000;
+// How long an opening that the device server turned away waits before it asks again.
+constexpr int RetryPauseMs = 100;
 
 gensio_time After(int ms) {
     return {ms / 1000, (ms % 1000) * 1000000};
@@ -77,24 +82,33 @@ bool Rfc2217Link::Start(const NetAddress& address, QString& reason) {
 
 bool Rfc2217Link::ConnectNow(const NetAddress& address, int ms, QString& reason) {
     m_dropped = true; // a failure here is the caller's to tell
-    if (!Start(address, reason))
-        return false;
     gensio_os_funcs* o = GensioLoop::Instance().Funcs();
-    const Waiter waiter(o);
-    gensio_time left = After(ms);
-    while (m_opening) {
-        // Runs the library alone until the open is done or the time is up.
-        if (gensio_os_funcs_wait(o, waiter.get(), 1, &left) == GE_TIMEDOUT && m_opening) {
-            reason = QStringLiteral("no answer");
-            m_io.reset();
-            m_opening = false;
+    QElapsedTimer spent;
+    spent.start();
+    for (;;) {
+        if (!Start(address, reason))
+            return false;
+        const Waiter waiter(o);
+        gensio_time left = After(int(qMax<qint64>(0, ms - spent.elapsed())));
+        while (m_opening) {
+            // Runs the library alone until the open is done or the time is up.
+            if (gensio_os_funcs_wait(o, waiter.get(), 1, &left) == GE_TIMEDOUT && m_opening) {
+                reason = QStringLiteral("no answer");
+                m_io.reset();
+                m_opening = false;
+                return false;
+            }
+        }
+        if (m_open)
+            break;
+        m_io.reset();
+        // A device server still letting go of the connection just closed turns the next one
+        // away at once: asked again a moment later, within the time given.
+        if (m_openError != GE_REMCLOSE || spent.elapsed() + RetryPauseMs >= ms) {
+            reason = ErrorText(m_openError);
             return false;
         }
-    }
-    if (!m_open) {
-        reason = ErrorText(m_openError);
-        m_io.reset();
-        return false;
+        QThread::msleep(RetryPauseMs);
     }
     m_dropped = false;
     return true;
@@ -156,10 +170,15 @@ qsizetype Rfc2217Link::Write(const QByteArray& bytes) {
 }
 
 bool Rfc2217Link::Apply(const LineFraming& framing, int handshaking, bool dtr, bool rts, QString& reason) {
-    if (!m_blocking) {
+    // Each set-up asks with a waiting state of its own: an answer that never came to the last
+    // one (a level the port has no line for) must not be taken for an answer to this one.
+    sergensio* sio = gensio_to_sergensio(m_io.get());
+    sergensio_b* allocated = nullptr;
+    if (!sio || sergensio_b_alloc(sio, GensioLoop::Instance().Funcs(), &allocated) != 0) {
         reason = QStringLiteral("the device server does not take serial settings");
         return false;
     }
+    m_blocking.reset(allocated);
     int parity = SERGENSIO_PARITY_NONE;
     switch (framing.parity) {
     case 'E':
@@ -184,17 +203,14 @@ bool Rfc2217Link::Apply(const LineFraming& framing, int handshaking, bool dtr, b
         int (*set)(sergensio_b*, int*, gensio_time*);
         int value;
     };
-    QList<Setting> settings = {
+    const Setting settings[] = {
         {"speed", &sergensio_baud_b_timeout, framing.baud},
         {"data bits", &sergensio_datasize_b_timeout, framing.dataBits},
         {"parity", &sergensio_parity_b_timeout, parity},
         {"stop bits", &sergensio_stopbits_b_timeout, framing.stopBits},
         {"flow control", &sergensio_flowcontrol_b_timeout,
          int(hardware ? SERGENSIO_FLOWCONTROL_RTS_CTS : SERGENSIO_FLOWCONTROL_NONE)},
-        {"DTR", &sergensio_dtr_b_timeout, int(dtr ? SERGENSIO_DTR_ON : SERGENSIO_DTR_OFF)},
     };
-    if (!hardware)
-        settings.append({"RTS", &sergensio_rts_b_timeout, int(rts ? SERGENSIO_RTS_ON : SERGENSIO_RTS_OFF)});
     for (const Setting& s : settings) {
         int value = s.value;
         gensio_time wait = After(AnswerMs);
@@ -202,12 +218,32 @@ bool Rfc2217Link::Apply(const LineFraming& framing, int handshaking, bool dtr, b
             reason = QStringLiteral("%1: %2").arg(QLatin1String(s.what), ErrorText(error));
             return false;
         }
-        if (value != s.value) {
-            reason = QStringLiteral("%1 refused").arg(QLatin1String(s.what));
+        // A device server may answer with the speed its divisor really makes (19193 for 19200):
+        // within 2 % it is the speed asked for, as a UART's tolerance takes it.
+        const bool same =
+            s.set == &sergensio_baud_b_timeout ? std::abs(value - s.value) * 50 <= s.value : value == s.value;
+        if (!same) {
+            reason = QStringLiteral("%1 %2 refused (%3)").arg(QLatin1String(s.what)).arg(s.value).arg(value);
             return false;
         }
     }
+    // The modem-control levels are sent without waiting: a device server whose port has no
+    // such lines (a pseudo-terminal behind ser2net) never answers them, and the settings asked
+    // after an unanswered level would wait behind it, so such a connection is not used again.
+    if (sergensio_dtr(sio, dtr ? SERGENSIO_DTR_ON : SERGENSIO_DTR_OFF, &Rfc2217Link::OnLevelAnswered, this) ==
+        0)
+        ++m_unanswered;
+    if (!hardware && sergensio_rts(sio, rts ? SERGENSIO_RTS_ON : SERGENSIO_RTS_OFF,
+                                   &Rfc2217Link::OnLevelAnswered, this) == 0)
+        ++m_unanswered;
     return true;
+}
+
+void Rfc2217Link::OnLevelAnswered(sergensio* sio, int error, unsigned level, void* self) {
+    Q_UNUSED(sio);
+    Q_UNUSED(error);
+    Q_UNUSED(level);
+    --static_cast<Rfc2217Link*>(self)->m_unanswered;
 }
 
 int Rfc2217Link::OnEvent(gensio* io, void* self, int event, int error, unsigned char* buf,

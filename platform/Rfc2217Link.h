@@ -5,6 +5,7 @@
 #include <memory>
 
 struct gensio;
+struct sergensio;
 struct sergensio_b;
 
 namespace kestrova {
@@ -25,6 +26,7 @@ public:
     [[nodiscard]] bool Apply(const LineFraming& framing, int handshaking, bool dtr, bool rts,
                              QString& reason) override;
     [[nodiscard]] bool ModemLinesReported() const override { return m_linesReported; }
+    [[nodiscard]] bool Reusable() const override { return m_unanswered == 0; }
 
 private:
     struct GensioFree {
@@ -41,6 +43,7 @@ private:
     static int OnEvent(gensio* io, void* self, int event, int error, unsigned char* buf,
                        unsigned long* length, const char* const* auxdata);
     static void OnOpenDone(gensio* io, int error, void* self);
+    static void OnLevelAnswered(sergensio* sio, int error, unsigned level, void* self);
 
     std::unique_ptr<gensio, GensioFree> m_io;
     std::unique_ptr<sergensio_b, BlockingFree> m_blocking;
@@ -49,6 +52,7 @@ private:
     int m_openError = 0;
     bool m_dropped = false;
     bool m_linesReported = false;
+    int m_unanswered = 0; // modem-control levels sent and not yet answered
 };
 
 } // namespace kestrova
