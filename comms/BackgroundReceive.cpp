@@ -1,5 +1,6 @@
 #include "comms/BackgroundReceive.h"
 
+#include "comms/DncState.h"
 #include "comms/PortSetup.h"
 #include "comms/ReceivedHeader.h"
 #include "comms/TransferLog.h"
@@ -32,6 +33,7 @@ BackgroundReceive::BackgroundReceive(Session& session, std::unique_ptr<SerialLin
     connect(m_line.get(), &SerialLine::Comm, this, &BackgroundReceive::OnComm);
     connect(m_line.get(), &SerialLine::LineLost, this, &BackgroundReceive::OnLineLost);
     connect(m_line.get(), &SerialLine::DeviceMayBeBack, this, &BackgroundReceive::OnDeviceMayBeBack);
+    connect(&m_serviceLook, &QTimer::timeout, this, &BackgroundReceive::LookAtService);
 }
 
 BackgroundReceive::~BackgroundReceive() {
@@ -44,8 +46,21 @@ BackgroundReceive::~BackgroundReceive() {
 
 void BackgroundReceive::Start() {
     Stop();
-    m_settings = ReadBackgroundSettings(m_session.files, m_session.settings.SystemPath);
-    m_tempPath = m_session.settings.SystemPath + TempName;
+    ReceiveLineSetup setup;
+    setup.Line = ReadBackgroundSettings(m_session.files, m_session.settings.SystemPath);
+    StartLine(setup, true);
+}
+
+void BackgroundReceive::Start(const ReceiveLineSetup& setup) {
+    StartLine(setup, false);
+}
+
+void BackgroundReceive::StartLine(const ReceiveLineSetup& setup, bool besideService) {
+    Stop();
+    m_besideService = besideService;
+    m_setup = setup;
+    m_settings = setup.Line;
+    m_tempPath = m_session.settings.SystemPath + (setup.CollectName.isEmpty() ? TempName : setup.CollectName);
     m_listPath = m_session.settings.SystemPath + ListName;
     m_receiving = false;
     m_filtered.reset();
@@ -54,8 +69,42 @@ void BackgroundReceive::Start() {
             m_filtered.set(size_t(byte));
     RefreshReceiveList();
     m_lossTold = false;
-    if (m_settings.Enabled)
+    if (!m_settings.Enabled)
+        return;
+    if (m_besideService && ServiceHoldsPort()) {
+        // The service files what arrives; the window shows it and leaves the port alone.
+        SetState(BackgroundLineState::Served);
+        m_listLength = m_session.files.IsFile(m_listPath) ? m_session.files.Length(m_listPath) : -1;
+        m_serviceLook.start(ServiceLookMs);
+        return;
+    }
+    OpenPort(true);
+}
+
+bool BackgroundReceive::ServiceHoldsPort() const {
+    const std::optional<DncState> service = ReadDncState(m_session.files, m_session.settings.SystemPath);
+    return service && service->Holding(m_settings.Port);
+}
+
+void BackgroundReceive::LookAtService() {
+    if (m_state != BackgroundLineState::Served) {
+        m_serviceLook.stop();
+        return;
+    }
+    try {
+        const qint64 length = m_session.files.IsFile(m_listPath) ? m_session.files.Length(m_listPath) : -1;
+        if (length != m_listLength) {
+            m_listLength = length;
+            RefreshReceiveList();
+        }
+    } catch (const SystemError& e) {
+        qWarning().noquote() << QStringLiteral("Kestrova: %1").arg(e.text());
+    }
+    if (!ServiceHoldsPort()) {
+        // The service has stopped: the window listens itself again.
+        m_serviceLook.stop();
         OpenPort(true);
+    }
 }
 
 void BackgroundReceive::OpenPort(bool report) {
@@ -98,6 +147,8 @@ QString BackgroundReceive::LineStateText() const {
         return QStringLiteral("Listening on ") + PortName(m_settings.Port);
     case BackgroundLineState::WaitingForDevice:
         return QStringLiteral("Waiting for ") + PortName(m_settings.Port);
+    case BackgroundLineState::Served:
+        return PortName(m_settings.Port) + QStringLiteral(" served by the DNC service");
     case BackgroundLineState::Off:
         break;
     }
@@ -105,9 +156,30 @@ QString BackgroundReceive::LineStateText() const {
 }
 
 void BackgroundReceive::Stop() {
+    m_serviceLook.stop();
     m_line->WatchDevice(false);
     SetState(BackgroundLineState::Off);
     CloseLine();
+}
+
+void BackgroundReceive::KeepCutOff(const QString& reason) {
+    if (!m_receiving)
+        return;
+    const bool keptAlready = !m_keptPath.isEmpty();
+    try {
+        CloseTemp();
+    } catch (const SystemError&) {
+    }
+    m_receiving = false;
+    m_pending.clear();
+    if (keptAlready) {
+        m_keptPath.clear();
+        return;
+    }
+    FileSystem& files = m_session.files;
+    if (m_collectPath.isEmpty() || !files.IsFile(m_collectPath) || files.Length(m_collectPath) < 1)
+        return;
+    KeepUnfiled(reason);
 }
 
 void BackgroundReceive::CloseLine() {
@@ -244,6 +316,15 @@ void BackgroundReceive::TakeReceivedText(const QString& chunk) {
             }
             m_keptPath.clear();
             m_temp.reset();
+            if (!m_taking) {
+                // The program was a request, and its answer now reads the line: what came with
+                // it (the control's start, often) is the answer's.
+                m_trailerMatch.clear();
+                m_endMatch.clear();
+                if (i + 1 < chunk.size())
+                    Q_EMIT LeftForAnotherReader(chunk.mid(i + 1));
+                return;
+            }
             if (i + 1 < chunk.size())
                 OpenTemp();
         }
@@ -262,6 +343,9 @@ void BackgroundReceive::FileReceivedProgram() {
         files.Delete(m_collectPath);
         return;
     }
+    // A request from the control is answered, not filed.
+    if (m_programTaker && m_programTaker(m_collectPath))
+        return;
 
     ReceivedHeader header;
     {
@@ -271,7 +355,11 @@ void BackgroundReceive::FileReceivedProgram() {
     }
 
     // A program addressed to a machine the list does not know is filed for the current one.
-    QString machine = header.Machine.isEmpty() ? g.MachineDir : header.Machine;
+    // The line's own machine and directory where the header names none: the current ones on the
+    // main window, the served machine's on the DNC service.
+    const QString defaultMachine = m_setup.MachineDir.isEmpty() ? g.MachineDir : m_setup.MachineDir;
+    const QString defaultDirectory = m_setup.Directory.isEmpty() ? g.CurrentDir : m_setup.Directory;
+    QString machine = header.Machine.isEmpty() ? defaultMachine : header.Machine;
     QString description;
     bool known = false;
     for (int n = 1; n <= g.MachineCount && n < g.MachineTable.size(); ++n) {
@@ -284,14 +372,15 @@ void BackgroundReceive::FileReceivedProgram() {
         }
     }
     if (!known) {
-        machine = g.MachineDir;
-        description = g.MachineDescription;
+        machine = defaultMachine;
+        description = m_setup.MachineDir.isEmpty() ? g.MachineDescription : m_setup.MachineDescription;
     }
 
     // Header names have been checked as names from outside; the store checks them again where
     // they are joined to a path, as every store does.
-    const QString directory =
-        header.Directory.isEmpty() || !StaysInDirectory(header.Directory) ? g.CurrentDir : header.Directory;
+    const QString directory = header.Directory.isEmpty() || !StaysInDirectory(header.Directory)
+                                  ? defaultDirectory
+                                  : header.Directory;
     const QString path = PathJoin(g, machine, directory);
     if (!files.IsDirectory(path.chopped(1)))
         files.MakeDirectory(path.chopped(1));
@@ -365,8 +454,9 @@ void BackgroundReceive::TellUnfiled(const QString& kept, const QString& reason, 
         qWarning().noquote() << QStringLiteral("Kestrova: %1").arg(e.text());
     }
     AppendTransferLog(m_session,
-                      {m_session.settings.MachineDir, m_settings.Port, LastComponent(kept),
-                       files.IsFile(kept) ? files.Length(kept) : 0, QStringLiteral("failed: ") + reason});
+                      {m_setup.MachineDir.isEmpty() ? m_session.settings.MachineDir : m_setup.MachineDir,
+                       m_settings.Port, LastComponent(kept), files.IsFile(kept) ? files.Length(kept) : 0,
+                       QStringLiteral("failed: ") + reason});
     QString text =
         reason + QStringLiteral("\nThe Received Program Is Kept In \"") + kept + QStringLiteral("\" !");
     if (!failure.isEmpty())
@@ -459,7 +549,7 @@ bool BackgroundReceive::ReceiveList_GotFocus() {
 }
 
 void BackgroundReceive::OnComm(CommEvent event) {
-    if (event != CommEvent::Receive || m_line->InBufferCount() < 1)
+    if (!m_taking || event != CommEvent::Receive || m_line->InBufferCount() < 1)
         return;
     try {
         TakeReceivedText(m_line->Input());

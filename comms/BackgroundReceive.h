@@ -8,16 +8,31 @@
 
 #include <QObject>
 #include <QString>
+#include <QTimer>
 #include <bitset>
+#include <functional>
 #include <memory>
 
 namespace kestrova {
+
+// One line of the background receive: its settings, where its programs go when their header
+// names no machine or directory, and the file that collects each program as it arrives. Empty
+// machine and directory stand for the current ones at the moment a program is filed (the main
+// window); the DNC service names the served machine's.
+struct ReceiveLineSetup {
+    BackgroundSettings Line;
+    QString MachineDir;
+    QString MachineDescription;
+    QString Directory;
+    QString CollectName; // in the system directory; "Receive.tmp" when empty
+};
 
 // Where the background line stands, as the status bar shows it.
 enum class BackgroundLineState {
     Off,              // no background port configured (or its settings are refused)
     Listening,        // the port is open
     WaitingForDevice, // the port's device is missing or was lost; it is watched for
+    Served,           // the DNC service holds the port and files what arrives
 };
 
 // The background receive of the main window: listens on the port that "Kestrova.cms" names
@@ -42,9 +57,21 @@ public:
     // line watches for the device and the receive starts listening by itself once it opens.
     // A settings string the line refuses is told once and leaves the receive off.
     void Start();
+    // The same for a line whose settings the caller has read (the DNC service's served lines).
+    void Start(const ReceiveLineSetup& setup);
+    // Called with the collecting file of each complete program before it is filed: true when the
+    // program was taken (a request from the control, answered) and is not to be filed.
+    using ProgramTaker = std::function<bool(const QString& collectPath)>;
+    void SetProgramTaker(ProgramTaker taker) { m_programTaker = std::move(taker); }
+    // While off, what the line brings is left for another reader (an answer being sent waits for
+    // its start on the same line).
+    void SetTaking(bool on) { m_taking = on; }
     // Closes the port and the temporary file, and deletes "Receive.tmp": a program cut off in
     // the middle is discarded. The receive is off afterwards, and watches for nothing.
     void Stop();
+    // A program cut off in the middle is kept in a file of its own, listed and logged with the
+    // reason, instead of being discarded: the DNC service ending with a program on its way.
+    void KeepCutOff(const QString& reason);
 
     // A chunk of received characters (each byte as the screen shows it), as the port's event
     // delivers it.
@@ -75,6 +102,8 @@ public:
     // The state as the status bar shows it: "Listening on COM2", "Waiting for COM2", or
     // "Background receive off".
     [[nodiscard]] QString LineStateText() const;
+    // How often the window looks at what the DNC service does while it holds the port.
+    static constexpr int ServiceLookMs = 1000;
 
 Q_SIGNALS:
     // The receive list or the frame's visibility changed.
@@ -83,6 +112,9 @@ Q_SIGNALS:
     void ProgramFiled(const QString& path);
     // The line's state changed (see LineState).
     void LineStateChanged();
+    // Characters that arrived after a program the taker took, in the same chunk: they are the
+    // next reader's (see SetTaking).
+    void LeftForAnotherReader(const QString& text);
 
 private:
     void OnComm(CommEvent event);
@@ -90,6 +122,11 @@ private:
     void OnDeviceMayBeBack();
     // Opens the port; on failure tells the operator when report is set, and waits for the device.
     void OpenPort(bool report);
+    void StartLine(const ReceiveLineSetup& setup, bool besideService);
+    // The window beside the DNC service: the list follows what the service files, and the port
+    // is taken back once the service no longer holds it.
+    void LookAtService();
+    [[nodiscard]] bool ServiceHoldsPort() const;
     void SetState(BackgroundLineState state);
     // Closes the port and the temporary file, deleting "Receive.tmp".
     void CloseLine();
@@ -118,6 +155,12 @@ private:
     void CloseTemp();
 
     Session& m_session;
+    ReceiveLineSetup m_setup;
+    ProgramTaker m_programTaker;
+    bool m_taking = true;
+    bool m_besideService = false;
+    QTimer m_serviceLook;
+    qint64 m_listLength = -1; // "Receive.lst" as last shown while the service files
     std::unique_ptr<SerialLine> m_line;
     BackgroundSettings m_settings;
     QString m_tempPath;

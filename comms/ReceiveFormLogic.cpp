@@ -1,5 +1,6 @@
 #include "comms/ReceiveFormLogic.h"
 
+#include "comms/DncState.h"
 #include "comms/TransferLog.h"
 #include "comms/UnfiledProgram.h"
 #include "filestore/KeyFilter.h"
@@ -77,6 +78,12 @@ ReceiveOkOutcome ReceiveFormLogic::ReceiveOk_Click(const QString& nameText) {
     if (g.LastAnswer == int(Answer::No))
         return ReceiveOkOutcome::StayOnName;
 
+    // A port the DNC service holds cannot be opened here: say who holds it.
+    if (const std::optional<DncState> service = ReadDncState(files, g.SystemPath);
+        service && service->Holding(m_receive.Settings().Port)) {
+        messages.Refuse(service->HeldText(m_receive.Settings().Port));
+        return ReceiveOkOutcome::StayOnName;
+    }
     if (operation != 2) {
         // The Westinghouse Producer's receives are a dialogue of control characters that this
         // system does not carry out: say so rather than wait for a program that cannot come.

@@ -1,6 +1,7 @@
 #include "comms/SendEngine.h"
 
 #include "comms/PortSetup.h"
+#include "comms/SendStream.h"
 #include "platform/ScreenText.h"
 #include "platform/TextFile.h"
 
@@ -27,7 +28,6 @@ constexpr unsigned long LastSleepUs = 640;
 // rest, when the settings give no time-out of their own.
 constexpr int DefaultDrainLimitMs = 30000;
 
-constexpr char16_t Lf = 10;
 constexpr char16_t Cr = 13;
 constexpr char16_t Acknowledgement = 55; // "7"
 
@@ -49,10 +49,7 @@ SendEngine::~SendEngine() = default;
 
 void SendEngine::SetSettings(const SendSettings& settings) {
     m_settings = settings;
-    m_filtered.reset();
-    for (const QChar c : m_settings.SendFilter)
-        if (const int byte = ByteOfScreenChar(c); byte >= 0)
-            m_filtered.set(size_t(byte));
+    m_filtered = SendFilterOf(settings);
     m_phase = SendPhase::Idle;
 }
 
@@ -181,19 +178,7 @@ void SendEngine::Finish() {
 }
 
 void SendEngine::SendHeaderOrLeader(const QString& directory, const QString& program) {
-    const QString& end = m_settings.LineEnd;
-    if (m_machine.TerminalMode) {
-        // The header the background receive of another installation reads.
-        SendText(QChar(23) + m_machine.Name + end);
-        SendText(QChar(24) + directory + end);
-        SendText(QChar(25) + program + end);
-    } else if (m_machine.IntermotionType == 3) {
-        SendText(QChar(1) + directory + end + QChar(2) + program + end);
-    } else if (m_machine.IntermotionType >= 4 && m_machine.IntermotionType <= 6) {
-        SendText(QChar(24) + directory + end + QChar(25) + program + end);
-    } else {
-        SendText(m_settings.Leader);
-    }
+    SendText(kestrova::SendHeaderOrLeader(m_settings, m_machine, directory, program));
 }
 
 void SendEngine::SendFileText(const QByteArray& text, qint64 count) {
@@ -205,15 +190,11 @@ void SendEngine::SendFileText(const QByteArray& text, qint64 count) {
         if (m_aborted)
             break;
         const quint8 c = quint8(byte);
-        if (c == Lf) {
-            // dropped: the CR before it ended the line
-        } else if (c == Cr) {
-            SendText(m_settings.LineEnd);
+        SendText(SendFormOf(c, m_settings.LineEnd, m_filtered));
+        if (c == Cr) {
             m_pause.Pause(m_settings.PauseAfterLine);
             if (m_machine.RaskinRt85)
                 WaitForAcknowledgement();
-        } else if (!m_filtered.test(c)) {
-            SendText(QString(ScreenCharOf(c)));
         }
         ++read;
         SendProgress p = m_progress;

@@ -1,5 +1,6 @@
 #include "comms/SendFormLogic.h"
 
+#include "comms/DncState.h"
 #include "comms/ReceiveFormLogic.h"
 #include "comms/TransferLog.h"
 #include "filestore/Listings.h"
@@ -116,6 +117,12 @@ void SendFormLogic::SendOk_Click(const QStringList& names) {
         return;
     }
     const GlobalSettings& g = m_session.settings;
+    // A port the DNC service holds cannot be opened here: say who holds it.
+    if (const std::optional<DncState> service = ReadDncState(m_session.files, g.SystemPath);
+        service && service->Holding(m_engine.Settings().Port)) {
+        messages.Refuse(service->HeldText(m_engine.Settings().Port));
+        return;
+    }
     const QString directory = PathJoin(g, g.CommsMachineDir, g.CommsDirectory);
     for (const QString& name : names) {
         const QString path = directory + name + QStringLiteral(".prg");

@@ -3,9 +3,9 @@
 #include <functional>
 #include <memory>
 
-class QSocketNotifier;
-
 namespace kestrova {
+
+class HostSignal;
 
 // SIGTERM and SIGINT, turned into a signal of the event loop, so that a front end asked to end
 // by the host closes its window the ordinary way and everything that closing does still runs.
@@ -18,9 +18,9 @@ public:
     TerminationSignals& operator=(const TerminationSignals&) = delete;
 
 private:
-    void Drain();
     std::function<void()> m_onRequest;
-    std::unique_ptr<QSocketNotifier> m_notifier;
+    std::unique_ptr<HostSignal> m_term;
+    std::unique_ptr<HostSignal> m_interrupt;
 };
 
 } // namespace kestrova

@@ -7,6 +7,6 @@ tools/deps.sh
 BUILD_DIR=${PACKAGE_BUILD_DIR:-build-package}
 cmake -S . -B "$BUILD_DIR" -G Ninja -DCMAKE_BUILD_TYPE=Release -DKESTROVA_BUILD_TESTS=OFF \
     -DKESTROVA_BUILD_BENCH=OFF >/dev/null
-cmake --build "$BUILD_DIR" -j "${JOBS:-$(nproc)}" --target kestrova kestrova-standin kestrova-demo-programs
+cmake --build "$BUILD_DIR" -j "${JOBS:-$(nproc)}" --target kestrova kestrova-dnc kestrova-standin kestrova-demo-programs
 (cd "$BUILD_DIR" && cpack -G DEB)
 ls "$BUILD_DIR"/kestrova_*.deb

@@ -1,0 +1,303 @@
+// The DNC service over scripted lines: every served machine's control sends programs and asks
+// for programs at once; each program is filed where its header says, each answer is the stream
+// the send engine makes, and nothing crosses from one line to another. Requests that name
+// nothing of the machine's, settings that cannot serve, a reload and a stop.
+#include "comms/DncService.h"
+
+#include "CommsInstallation.h"
+#include "comms/DncRequest.h"
+#include "comms/SendEngine.h"
+#include "comms/TransferLog.h"
+
+#include <QTimer>
+#include <gtest/gtest.h>
+#include <map>
+
+using namespace kestrova;
+using namespace kestrova::testing;
+
+namespace {
+
+const QString DncCfg = QStringLiteral("C:\\Kestrova\\Dnc.cfg");
+
+QString CmsOf(const QString& machine) {
+    return QStringLiteral("C:\\Kestrova\\Setup\\Data\\") + machine + QStringLiteral(".cms");
+}
+
+// The installation with machines 1 to count, machine n on COMn, all served.
+QStringList ServeMachines(InstallationFixture& fx, int count) {
+    QStringList dirs{"PUNCH1", "RAINER", "LASER"};
+    QStringList list = fx.ReadLines("C:\\Kestrova\\Machine.lst").mid(0, 3);
+    for (int n = 4; n <= count; ++n) {
+        const QString dir = QStringLiteral("M%1").arg(n);
+        dirs << dir;
+        list << QStringLiteral("%1,\"Machine %1\",\"%2\",\"Setman\",\"P\"").arg(n).arg(dir);
+        fx.WriteLines(CmsOf(dir), fx.ReadLines(CmsOf("PUNCH1")));
+        fx.WriteLines(QStringLiteral("C:\\Jobs\\%1\\Parts\\Seed.prg").arg(dir), {"%", "G00 X%1", "%"});
+    }
+    fx.WriteLines("C:\\Kestrova\\Machine.lst", list << "******");
+    QStringList cfg;
+    for (int n = 1; n <= count; ++n) {
+        SetValues(fx, CmsOf(dirs.at(n - 1)), {{"Port", QString::number(n)}});
+        cfg << LabelledLine("Machine", n == 2 ? QStringLiteral("2, Kestrova") : QString::number(n));
+    }
+    fx.WriteLines(DncCfg, cfg << "******");
+    return dirs.mid(0, count);
+}
+
+// The service over scripted lines, one per port.
+struct ScriptedService {
+    ScriptedService() { TestApplication(); }
+    void Start() {
+        service = std::make_unique<DncService>(fx.session(), [this](int port) {
+            auto line = std::make_unique<ScriptedSerialLine>();
+            lines[port] = line.get();
+            return line;
+        });
+        service->Start();
+    }
+    InstallationFixture fx;
+    std::map<int, ScriptedSerialLine*> lines;
+    std::unique_ptr<DncService> service;
+};
+
+// What the send engine puts on a line for the program at path, sent to the served machine.
+QByteArray EngineStream(InstallationFixture& fx, const DncLineSetup& setup, const QString& directory,
+                        const QString& program, const QString& path) {
+    ScriptedSerialLine line;
+    SendEngine engine(line, PauseTimer::Shared());
+    engine.SetSettings(setup.Send);
+    engine.SetMachine(setup.Machine);
+    // The control's start, once the engine has opened the line to wait for it.
+    QTimer start;
+    QObject::connect(&start, &QTimer::timeout, [&] {
+        if (line.PortOpen()) {
+            line.Feed("\x11");
+            start.stop();
+        }
+    });
+    start.start(1);
+    EXPECT_EQ(engine.SendProgram(fx.Files(), directory, program, path, fx.Files().Length(path)),
+              SendEnd::Sent);
+    return line.Sent();
+}
+
+bool AllIdle(const DncService& service) {
+    for (const auto& [port, line] : service.Lines())
+        if (line->State() == DncLineState::Sending || line->State() == DncLineState::Receiving)
+            return false;
+    return true;
+}
+
+} // namespace
+
+TEST(DncRequest, OnlyALoneRequestIsOneAndItNeverReadsOutsideTheMachine) {
+    InstallationFixture fx;
+    fx.Load();
+    fx.WriteLines("C:\\Jobs\\PUNCH1\\Archive\\Old.prg", {"%", "OLD", "%"});
+    fx.WriteLines("C:\\Jobs\\RAINER\\Kestrova\\Secret.prg", {"RAINER ONLY"});
+    fx.WriteLines("C:\\Kestrova\\x.prg", {"SYSTEM"});
+    const struct {
+        const char* received;
+        const char* sentProgram; // "" for no request
+        QByteArray text;         // the answer's text, or part of it for lists
+        const char* result;
+    } cases[] = {
+        {"(PRG=Bracket)\r\n", "Bracket", "%\r\nN10 G90\r\n%\r\n", "sent on request"},
+        {"%\r\n  (prg=cover)  \r\n\r\n", "Cover", "%\r\nG00 X0 Y0\r\n%\r\n", "sent on request"},
+        {"%(PRG=Archive\\Old)\r\n", "Old", "%\r\nOLD\r\n%\r\n", "sent on request"},
+        {"(PRG=Parts\\Old)\r\n", "NOT FOUND", "(NOT FOUND Parts\\Old)\r\n", "not found: no such program"},
+        {"(PRG=Missing)\r\n", "NOT FOUND", "(NOT FOUND Missing)\r\n", "not found: no such program"},
+        {"(PRG=Secret)\r\n", "NOT FOUND", "(NOT FOUND Secret)\r\n", "not found: no such program"},
+        {"(PRG=..\\..\\x)\r\n", "NOT FOUND", "(NOT FOUND ..\\..\\x)\r\n",
+         "not found: no such directory of PUNCH1"},
+        {"(PRG=C:\\Kestrova\\x)\r\n", "NOT FOUND", "(NOT FOUND C:\\Kestrova\\x)\r\n",
+         "not found: no such directory of PUNCH1"},
+        {"(PRG=EXSUBS\\Sub1)\r\n", "NOT FOUND", "(NOT FOUND EXSUBS\\Sub1)\r\n",
+         "not found: no such directory of PUNCH1"},
+        {"(PRG=..)\r\n", "NOT FOUND", "(NOT FOUND ..)\r\n", "not found: not a plain name"},
+        {"(PRG=A234567890123456789012345678901234567890)\r\n", "NOT FOUND",
+         "(NOT FOUND A234567890123456789012345678901234567890)\r\n", "not found: not a plain name"},
+        {"(PRG=)\r\n", "NOT FOUND", "(NOT FOUND )\r\n", "not found: not a plain name"},
+        {"(DIR)\r\n", "DIR",
+         "(Archive\\Old)\r\n(Kestrova\\Sample)\r\n(Parts\\bracket-2)\r\n(Parts\\Bracket)\r\n",
+         "sent on request"},
+        {"N10 G90\r\n(PRG=Bracket)\r\nM30\r\n", "", "", ""},
+        {"(PRG=Bracket) G01\r\n", "", "", ""},
+        {"(DIRECTORY)\r\n", "", "", ""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.received);
+        const std::optional<DncRequest> request = ReadDncRequest(c.received);
+        ASSERT_EQ(request.has_value(), QByteArray(c.sentProgram) != "");
+        if (!request)
+            continue;
+        const DncAnswer answer = AnswerDncRequest(fx.Files(), fx.Settings(), "PUNCH1", *request);
+        EXPECT_EQ(answer.Program, QLatin1String(c.sentProgram));
+        if (answer.Program == QLatin1String("DIR")) {
+            EXPECT_TRUE(answer.Text.contains(c.text)) << answer.Text.toStdString() << "\nlacks\n"
+                                                      << c.text.toStdString();
+            EXPECT_FALSE(answer.Text.contains("Sub1")) << "the reserved directory is never offered";
+        } else {
+            EXPECT_EQ(answer.Text, c.text);
+        }
+        EXPECT_EQ(answer.Result, QLatin1String(c.result));
+    }
+}
+
+TEST(DncService, EveryLineFilesAndAnswersAtOnceAndNothingCrosses) {
+    constexpr int Lines = 8;
+    constexpr int Rounds = 25;
+    ScriptedService s;
+    const QStringList dirs = ServeMachines(s.fx, Lines);
+    s.fx.Load();
+    s.Start();
+    ASSERT_EQ(s.service->Lines().size(), size_t(Lines));
+    std::map<int, QByteArray> expectedSent;
+    for (int round = 1; round <= Rounds; ++round) {
+        // Every control sends a program with headers, then asks for the one it sent before.
+        for (int port = 1; port <= Lines; ++port) {
+            const QString dir = dirs.at(port - 1);
+            const QByteArray program = "\x17" + dir.toLatin1() + "\r\n\x18Parts\r\n\x19P" +
+                                       QByteArray::number(round) + "\r\n  G01 X" +
+                                       QByteArray::number(port * 100 + round) + "  \r\n\r\nM30\r\n";
+            s.lines.at(port)->Feed(program.left(7));
+            s.lines.at(port)->Feed(program.mid(7) + "%");
+        }
+        for (int port = 1; port <= Lines; ++port)
+            s.lines.at(port)->Feed("(PRG=P" + QByteArray::number(round) + ")\r\n%");
+        // All the answers wait for their start, and go out together.
+        for (int port = 1; port <= Lines; ++port)
+            s.lines.at(port)->Feed("\x11");
+        ASSERT_TRUE(RunEventsUntil([&] { return AllIdle(*s.service); }));
+    }
+    for (int port = 1; port <= Lines; ++port) {
+        SCOPED_TRACE(port);
+        const QString dir = dirs.at(port - 1);
+        const DncLineSetup& setup = s.service->Lines().at(port)->Setup();
+        QByteArray expected;
+        for (int round = 1; round <= Rounds; ++round) {
+            const QString filed = QStringLiteral("C:\\Jobs\\%1\\Parts\\P%2.prg").arg(dir).arg(round);
+            ASSERT_EQ(Contents(s.fx, filed),
+                      "G01 X" + QByteArray::number(port * 100 + round) + "\r\nM30\r\n");
+            expected += EngineStream(s.fx, setup, "Parts", QStringLiteral("P%1").arg(round), filed);
+        }
+        EXPECT_EQ(s.lines.at(port)->Sent(), expected);
+    }
+    const QStringList log = LastTransferLogLines(s.fx.session(), 1000);
+    EXPECT_EQ(log.filter("received").size(), Lines * Rounds);
+    EXPECT_EQ(log.filter("request P").filter("sent on request").size(), Lines * Rounds);
+    EXPECT_EQ(s.fx.ReadLines("C:\\Kestrova\\Receive.lst").size(), Lines * Rounds);
+}
+
+TEST(DncService, SettingsThatCannotServeNameTheFileAndLine) {
+    const struct {
+        const char* what;
+        QStringList cfg;
+        const char* expected;
+    } cases[] = {
+        {"no file", {}, "File not found: \"C:\\Kestrova\\Dnc.cfg\""},
+        {"no number",
+         {"Machine : one", "******"},
+         "C:\\Kestrova\\Dnc.cfg, line 1: \"one\" is not a machine number"},
+        {"unknown machine",
+         {"Title : served", "Machine : 9", "******"},
+         "C:\\Kestrova\\Dnc.cfg, line 2: there is no machine 9"},
+        {"twice",
+         {"Machine : 1", "Machine : 1, Parts", "******"},
+         "C:\\Kestrova\\Dnc.cfg, line 2: machine 1 is served already (line 1)"},
+        {"one port",
+         {"Machine : 1", "Machine : 2", "******"},
+         "C:\\Kestrova\\Dnc.cfg, line 2: COM1 is served already for the machine of line 1"},
+        {"bad directory",
+         {"Machine : 1, ..\\x", "******"},
+         "C:\\Kestrova\\Dnc.cfg, line 1: \"..\\x\" is not a directory name"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        ScriptedService s;
+        s.fx.Load();
+        if (!c.cfg.isEmpty())
+            s.fx.WriteLines(DncCfg, c.cfg);
+        try {
+            s.Start();
+            ADD_FAILURE() << "started";
+        } catch (const DncConfigError& e) {
+            EXPECT_TRUE(e.Text().startsWith(QLatin1String(c.expected))) << e.Text().toStdString();
+        }
+        EXPECT_TRUE(s.lines.empty()) << "no line is opened";
+    }
+}
+
+TEST(DncService, AStopKeepsWhatIsOnItsWayAndAReloadKeepsTheLinesThatDidNotChange) {
+    ScriptedService s;
+    ServeMachines(s.fx, 3);
+    s.fx.Load();
+    s.Start();
+    ScriptedSerialLine* first = s.lines.at(1);
+    ScriptedSerialLine* third = s.lines.at(3);
+    s.lines.at(1)->Feed("\x19Half\r\nG01 X1\r\n");
+    s.lines.at(3)->Feed("G01 X3\r\n");
+
+    // COM2 is moved to COM4; COM1 and COM3 keep their lines and what they are receiving.
+    SetValues(s.fx, CmsOf("RAINER"), {{"Port", "4"}});
+    s.service->Reload();
+    EXPECT_EQ(s.service->Lines().count(2), 0u);
+    ASSERT_EQ(s.service->Lines().count(4), 1u);
+    EXPECT_EQ(s.lines.at(1), first);
+    EXPECT_EQ(s.lines.at(3), third);
+    s.lines.at(3)->Feed("M30\r\n%");
+    EXPECT_EQ(Contents(s.fx, "C:\\Jobs\\LASER\\Kestrova\\New Program 1.prg"), "G01 X3\r\nM30\r\n");
+
+    // A reload that cannot serve leaves everything as it was.
+    s.fx.WriteLines(DncCfg, {"Machine : 7", "******"});
+    EXPECT_THROW(s.service->Reload(), DncConfigError);
+    EXPECT_EQ(s.service->Lines().size(), 3u);
+
+    s.service->Stop();
+    EXPECT_EQ(Contents(s.fx, "C:\\Kestrova\\Unfiled 1.prg"), "\x19Half\r\nG01 X1\r\n");
+    EXPECT_FALSE(first->PortOpen());
+    EXPECT_TRUE(LastTransferLogLines(s.fx.session(), 10).last().contains("The DNC service stopped"));
+    EXPECT_FALSE(s.fx.OnDisk("C:\\Kestrova\\Dnc.state"));
+}
+
+// A control that sends its start right behind its request: the start is the answer's, and the
+// program after the answer is filed as usual.
+TEST(DncService, TheStartThatComesWithTheRequestStartsTheAnswer) {
+    ScriptedService s;
+    ServeMachines(s.fx, 1);
+    s.fx.Load();
+    s.Start();
+    ScriptedSerialLine* line = s.lines.at(1);
+    line->Feed("(PRG=Cover)\r\n%\x11");
+    ASSERT_TRUE(RunEventsUntil([&] { return AllIdle(*s.service); }));
+    const DncLineSetup& setup = s.service->Lines().at(1)->Setup();
+    EXPECT_EQ(line->Sent(),
+              EngineStream(s.fx, setup, "Parts", "Cover", "C:\\Jobs\\PUNCH1\\Parts\\Cover.prg"));
+    line->Feed("G01 X5\r\n%");
+    // Filed in the machine's first data directory, as "Dnc.cfg" names none.
+    EXPECT_EQ(Contents(s.fx, "C:\\Jobs\\PUNCH1\\Archive\\New Program 1.prg"), "G01 X5\r\n");
+}
+
+// The main window beside a running service: it leaves the port the service holds, its list
+// follows what the service files, and it listens itself again once the service has gone.
+TEST(DncService, TheWindowLeavesTheServedPortAndFollowsTheServicesList) {
+    ScriptedBackground s;
+    InstallationFixture& fx = s.fx;
+    const QString state = QStringLiteral("C:\\Kestrova\\Dnc.state");
+    fx.WriteLines(state, {QStringLiteral("Process : %1").arg(QCoreApplication::applicationPid()),
+                          "COM2\tPUNCH1\tlistening", "******"});
+    s.Start();
+    EXPECT_EQ(s.receive->LineState(), BackgroundLineState::Served);
+    EXPECT_EQ(s.receive->LineStateText(), "COM2 served by the DNC service");
+    EXPECT_EQ(s.line->Opens(), 0);
+
+    fx.WriteLines("C:\\Kestrova\\Receive.lst", {"Filed By The Service in Parts for Trumpf Punch 5000"});
+    ASSERT_TRUE(RunEventsUntil([&] { return s.receive->ReceiveList().entries.size() == 1; }));
+
+    // A state file left by a service that is gone holds nothing.
+    fx.WriteLines(state, {"Process : 999999999", "COM2\tPUNCH1\tlistening", "******"});
+    ASSERT_TRUE(RunEventsUntil([&] { return s.line->PortOpen(); }));
+    EXPECT_EQ(s.receive->LineState(), BackgroundLineState::Listening);
+    EXPECT_TRUE(fx.Messages().Texts().isEmpty());
+}
