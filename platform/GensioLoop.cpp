@@ -84,6 +84,9 @@ GensioLoop::GensioLoop(QObject* parent) : QObject(parent), m_wake(this) {
             g_loop->WakeAfter({});
         return result;
     };
+    m_closed = gensio_os_funcs_alloc_waiter(m_funcs);
+    if (!m_closed)
+        throw std::runtime_error("gensio: no memory for a waiter");
     m_wake.setSingleShot(true);
     m_wake.setTimerType(Qt::PreciseTimer);
     connect(&m_wake, &QTimer::timeout, this, &GensioLoop::OnWake);
@@ -93,6 +96,7 @@ GensioLoop::~GensioLoop() {
     // Lines that were still open when the program ended have freed their gensios by now, or
     // will never run again.
     m_watches.clear();
+    gensio_os_funcs_free_waiter(m_funcs, m_closed);
     gensio_os_funcs_free(m_funcs);
 }
 
@@ -103,6 +107,30 @@ void GensioLoop::Service() {
     for (int round = 0; round < 4; ++round)
         if (gensio_os_funcs_service(m_funcs, &none) != 0)
             break;
+}
+
+void GensioLoop::CloseAndFree(gensio* io, int ms) {
+    gensio_set_callback(
+        io, [](gensio*, void*, int, int, unsigned char*, gensiods*, const char* const*) { return GE_NOTSUP; },
+        nullptr);
+    gensio_set_read_callback_enable(io, false);
+    gensio_set_write_callback_enable(io, false);
+    if (gensio_close(io, &GensioLoop::Closed, this) != 0) {
+        gensio_free(io); // not open: nothing to wait for
+        return;
+    }
+    m_closing.insert(io);
+    gensio_time left{ms / 1000, (ms % 1000) * 1000000};
+    while (m_closing.contains(io))
+        if (gensio_os_funcs_wait(m_funcs, m_closed, 1, &left) == GE_TIMEDOUT)
+            break;
+}
+
+void GensioLoop::Closed(gensio* io, void* loop) {
+    auto* self = static_cast<GensioLoop*>(loop);
+    self->m_closing.erase(io);
+    gensio_free(io);
+    gensio_os_funcs_wake(self->m_funcs, self->m_closed);
 }
 
 void GensioLoop::WakeAfter(std::chrono::nanoseconds delay) {

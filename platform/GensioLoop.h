@@ -7,8 +7,10 @@
 #include <map>
 #include <set>
 
-struct gensio_os_funcs;
+struct gensio;
 struct gensio_iod;
+struct gensio_os_funcs;
+struct gensio_waiter;
 
 namespace kestrova {
 
@@ -28,6 +30,10 @@ public:
     [[nodiscard]] gensio_os_funcs* Funcs() const { return m_funcs; }
     // Lets the library handle whatever is ready now, without waiting.
     void Service();
+    // Closes io and frees it, waiting up to ms for the close: a device server that serves one
+    // connection at a time takes the next one only once it has seen this one end. Nothing of io
+    // reaches its owner any more; a close that takes longer finishes in the loop.
+    void CloseAndFree(gensio* io, int ms);
 
 private:
     explicit GensioLoop(QObject* parent);
@@ -49,6 +55,10 @@ private:
     static void ClearFdHandlersNoReport(gensio_iod* iod);
     static void SetReadHandler(gensio_iod* iod, bool enable);
     static void SetWriteHandler(gensio_iod* iod, bool enable);
+    static void Closed(gensio* io, void* loop);
+
+    gensio_waiter* m_closed = nullptr; // woken by each close that ends
+    std::set<gensio*> m_closing;
 
     gensio_os_funcs* m_funcs = nullptr;
     std::map<int, Watch> m_watches;                               // by fd

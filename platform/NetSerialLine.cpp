@@ -75,17 +75,28 @@ void NetSerialLine::Open() {
     connect(m_link.get(), &NetLink::Arrived, this, &NetSerialLine::OnArrived);
     connect(m_link.get(), &NetLink::Written, this, &NetSerialLine::OnWritten);
     connect(m_link.get(), &NetLink::ModemLines, this, &NetSerialLine::OnModemLines);
-    connect(m_link.get(), &NetLink::Dropped, this, &NetSerialLine::Lose);
     m_input.clear();
     m_waiting.clear();
     m_xoff = false;
     m_cts = m_dsr = m_cd = false;
+    // A device server that turns the connection away (busy with another) ends it while the
+    // settings go out: that is an opening that failed, not a line lost.
+    QString turnedAway;
+    const QMetaObject::Connection opening = connect(
+        m_link.get(), &NetLink::Dropped, this, [&turnedAway](const QString& reason) { turnedAway = reason; });
     try {
         Apply();
     } catch (...) {
+        disconnect(opening);
         Discard(m_link);
         throw;
     }
+    disconnect(opening);
+    if (!turnedAway.isEmpty()) {
+        Discard(m_link);
+        throw DeviceUnavailableError(name, Where(turnedAway));
+    }
+    connect(m_link.get(), &NetLink::Dropped, this, &NetSerialLine::Lose);
     LookAtLineTimeOuts();
 }
 

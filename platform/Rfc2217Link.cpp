@@ -7,11 +7,14 @@
 #include <cstdlib>
 #include <gensio/gensio.h>
 #include <gensio/sergensio.h>
+#include <map>
 
 namespace kestrova {
 
 namespace {
 
+// How long a closing connection is waited for, so that the device server is free for the next.
+constexpr int CloseMs = 1000;
 // How long the device server may take to answer each setting.
 constexpr int AnswerMs = 2000;
 // How long an opening that the device server turned away waits before it asks again.
@@ -19,6 +22,16 @@ constexpr int RetryPauseMs = 100;
 
 gensio_time After(int ms) {
     return {ms / 1000, (ms % 1000) * 1000000};
+}
+
+// The link of each connection. The library may still call back for a connection whose link has
+// gone (an opening, or a level request that ends with the close): such a call finds no link here
+// and does nothing.
+std::map<const gensio*, Rfc2217Link*> g_links;
+
+Rfc2217Link* LinkOf(const gensio* io) {
+    const auto it = g_links.find(io);
+    return it == g_links.end() ? nullptr : it->second;
 }
 
 QString ErrorText(int error) {
@@ -56,7 +69,10 @@ void Rfc2217Link::BlockingFree::operator()(sergensio_b* b) const {
 Rfc2217Link::Rfc2217Link(QObject* parent) : NetLink(parent) {}
 
 Rfc2217Link::~Rfc2217Link() {
+    Forget();
     m_blocking.reset();
+    if (m_io && m_open && !m_dropped)
+        GensioLoop::Instance().CloseAndFree(m_io.release(), CloseMs);
     m_io.reset();
 }
 
@@ -70,7 +86,9 @@ bool Rfc2217Link::Start(const NetAddress& address, QString& reason) {
         reason = ErrorText(error);
         return false;
     }
+    Forget();
     m_io.reset(io);
+    g_links[io] = this;
     m_opening = true;
     if (const int error = gensio_open(io, &Rfc2217Link::OnOpenDone, this); error != 0) {
         m_opening = false;
@@ -89,18 +107,24 @@ bool Rfc2217Link::ConnectNow(const NetAddress& address, int ms, QString& reason)
         if (!Start(address, reason))
             return false;
         const Waiter waiter(o);
+        m_openWait = waiter.get();
         gensio_time left = After(int(qMax<qint64>(0, ms - spent.elapsed())));
         while (m_opening) {
-            // Runs the library alone until the open is done or the time is up.
+            // Runs the library alone until the open is done (Opened wakes the wait) or the time
+            // is up.
             if (gensio_os_funcs_wait(o, waiter.get(), 1, &left) == GE_TIMEDOUT && m_opening) {
+                m_openWait = nullptr;
                 reason = QStringLiteral("no answer");
+                Forget();
                 m_io.reset();
                 m_opening = false;
                 return false;
             }
         }
+        m_openWait = nullptr;
         if (m_open)
             break;
+        Forget();
         m_io.reset();
         // A device server still letting go of the connection just closed turns the next one
         // away at once: asked again a moment later, within the time given.
@@ -122,12 +146,20 @@ void Rfc2217Link::ConnectLater(const NetAddress& address) {
 }
 
 void Rfc2217Link::OnOpenDone(gensio* io, int error, void* self) {
-    Q_UNUSED(io);
-    static_cast<Rfc2217Link*>(self)->Opened(error);
+    Q_UNUSED(self);
+    if (Rfc2217Link* link = LinkOf(io))
+        link->Opened(error);
+}
+
+void Rfc2217Link::Forget() {
+    if (m_io)
+        g_links.erase(m_io.get());
 }
 
 void Rfc2217Link::Opened(int error) {
     m_opening = false;
+    if (m_openWait)
+        gensio_os_funcs_wake(GensioLoop::Instance().Funcs(), m_openWait);
     m_openError = error;
     m_open = error == 0;
     if (!m_open) {
@@ -240,17 +272,20 @@ bool Rfc2217Link::Apply(const LineFraming& framing, int handshaking, bool dtr, b
 }
 
 void Rfc2217Link::OnLevelAnswered(sergensio* sio, int error, unsigned level, void* self) {
-    Q_UNUSED(sio);
     Q_UNUSED(error);
     Q_UNUSED(level);
-    --static_cast<Rfc2217Link*>(self)->m_unanswered;
+    Q_UNUSED(self);
+    if (Rfc2217Link* link = LinkOf(sergensio_to_gensio(sio)))
+        --link->m_unanswered;
 }
 
 int Rfc2217Link::OnEvent(gensio* io, void* self, int event, int error, unsigned char* buf,
                          unsigned long* length, const char* const* auxdata) {
-    Q_UNUSED(io);
     Q_UNUSED(auxdata);
-    auto* link = static_cast<Rfc2217Link*>(self);
+    Q_UNUSED(self);
+    Rfc2217Link* link = LinkOf(io);
+    if (!link)
+        return GE_NOTSUP;
     switch (event) {
     case GENSIO_EVENT_READ:
         if (error != 0) {

@@ -7,6 +7,7 @@
 struct gensio;
 struct sergensio;
 struct sergensio_b;
+struct gensio_waiter;
 
 namespace kestrova {
 
@@ -39,6 +40,8 @@ private:
     // Makes the gensio and starts opening it; false with the reason when it cannot start.
     [[nodiscard]] bool Start(const NetAddress& address, QString& reason);
     void Opened(int error);
+    // The library's calls for m_io reach this link no more.
+    void Forget();
     void Drop(const QString& reason);
     static int OnEvent(gensio* io, void* self, int event, int error, unsigned char* buf,
                        unsigned long* length, const char* const* auxdata);
@@ -50,6 +53,7 @@ private:
     bool m_opening = false;
     bool m_open = false;
     int m_openError = 0;
+    gensio_waiter* m_openWait = nullptr; // woken when the opening ends, while ConnectNow waits
     bool m_dropped = false;
     bool m_linesReported = false;
     int m_unanswered = 0; // modem-control levels sent and not yet answered
