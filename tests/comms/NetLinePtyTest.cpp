@@ -1,15 +1,21 @@
 // Serial ports on a device server: ser2net on the loopback address in front of a pseudo-terminal
 // whose master side the test plays as the machine control, reached as COM5 over raw TCP and as
-// COM6 over RFC 2217.
+// COM6 over RFC 2217: the streams, the framing, the background receive, the send and receive
+// forms and the DNC service, and the device server switched off and on again under each.
 #include "CommsInstallation.h"
 #include "PtyControl.h"
 #include "Ser2netServer.h"
 #include "comms/BackgroundReceive.h"
+#include "comms/DncService.h"
+#include "comms/GeneralReceive.h"
+#include "comms/ReceiveFormLogic.h"
 #include "comms/SendFormLogic.h"
+#include "comms/TransferLog.h"
 #include "platform/MappedSerialLine.h"
 #include "platform/TextFile.h"
 
 #include <QRandomGenerator>
+#include <QTimer>
 #include <gtest/gtest.h>
 #include <map>
 
@@ -95,9 +101,37 @@ protected:
         return got;
     }
 
+    // The device server's address of a port, as the messages and the log name it.
+    QString Host(int com) const {
+        return QStringLiteral("127.0.0.1:%1").arg(com == TcpCom ? server->TcpPort() : server->Rfc2217Port());
+    }
+    // Plays the control while a transfer runs: every 5 ms it reads what came, and does what
+    // script says.
+    void Play(const std::function<void(const QByteArray& got)>& script) {
+        auto* tick = new QTimer(player.get());
+        QObject::connect(tick, &QTimer::timeout, [this, script] {
+            received += control->Read();
+            script(received);
+        });
+        tick->start(5);
+    }
+    void StopPlaying() {
+        player = std::make_unique<QObject>();
+        received.clear();
+    }
+    // One message, naming the port and its device server.
+    void ExpectToldOnce(int com) {
+        ASSERT_EQ(fx.Messages().Texts().size(), 1) << fx.Messages().Texts().join(u'\n').toStdString();
+        EXPECT_TRUE(fx.Messages().Texts().first().contains(QStringLiteral("\"COM%1\"").arg(com)));
+        EXPECT_TRUE(fx.Messages().Texts().first().contains(Host(com)));
+        fx.Messages().Clear();
+    }
+
     InstallationFixture fx;
-    std::map<int, std::unique_ptr<PtyControl>> controls; // the control behind each port
-    PtyControl* control = nullptr;                       // the one a test plays now
+    std::unique_ptr<QObject> player = std::make_unique<QObject>(); // owns Play's timers
+    QByteArray received;                                           // what Play has read
+    std::map<int, std::unique_ptr<PtyControl>> controls;           // the control behind each port
+    PtyControl* control = nullptr;                                 // the one a test plays now
     std::unique_ptr<Ser2netServer> server;
 };
 
@@ -173,8 +207,7 @@ TEST_F(NetLinePty, Rfc2217SetsTheDeviceServersPortToTheLinesFraming) {
 TEST_F(NetLinePty, TheBackgroundReceiveFilesThroughADeviceServerAndComesBackAfterItWasSwitchedOff) {
     for (const int com : {TcpCom, Rfc2217Com}) {
         SCOPED_TRACE(com == TcpCom ? "tcp" : "rfc2217");
-        const QString host =
-            QStringLiteral("127.0.0.1:%1").arg(com == TcpCom ? server->TcpPort() : server->Rfc2217Port());
+        const QString host = Host(com);
         fx.Messages().Clear();
         control = controls[com].get();
         SetValues(fx, BackgroundCms, {{"Port", QString::number(com)}});
@@ -196,9 +229,7 @@ TEST_F(NetLinePty, TheBackgroundReceiveFilesThroughADeviceServerAndComesBackAfte
         ASSERT_TRUE(RunEventsUntil(
             [&] { return receive.LineState() == BackgroundLineState::WaitingForDevice; }, 3000));
         RunEventsUntil([] { return false; }, 1500); // tries to connect meanwhile are not told
-        ASSERT_EQ(fx.Messages().Texts().size(), 1);
-        EXPECT_TRUE(fx.Messages().Texts().first().contains(QStringLiteral("\"COM%1\"").arg(com)));
-        EXPECT_TRUE(fx.Messages().Texts().first().contains(host));
+        ExpectToldOnce(com);
         EXPECT_FALSE(fx.OnDisk(Parts + "P200.prg"));
         EXPECT_FALSE(fx.OnDisk(receive.TempPath()));
 
@@ -212,10 +243,147 @@ TEST_F(NetLinePty, TheBackgroundReceiveFilesThroughADeviceServerAndComesBackAfte
         control->Write("\x17PUNCH1\r\n\x18Parts\r\n\x19P300\r\nG2 Y20\r\n%");
         ASSERT_TRUE(RunEventsUntil([&] { return fx.OnDisk(Parts + "P300.prg"); }, 3000));
         EXPECT_EQ(fx.Read(Parts + "P300.prg"), "G2 Y20\r\n");
-        EXPECT_EQ(fx.Messages().Texts().size(), 1);
+        EXPECT_TRUE(fx.Messages().Texts().isEmpty());
         receive.Stop();
         fx.Remove(Parts + "P100.prg");
         fx.Remove(Parts + "P300.prg");
         RunEventsUntil([] { return false; }, 300); // ser2net lets the device go
     }
+}
+
+TEST_F(NetLinePty, ADeviceServerSwitchedOffDuringASendOrAReceiveIsToldOnceAndTheNextTransferIsExact) {
+    QByteArray big;
+    for (int n = 1; n <= 3000; ++n)
+        big += "N" + QByteArray::number(n * 10) + " G01 X" + QByteArray::number(n) + ".5 Y12.25\r\n";
+    fx.Write(Parts + "Big.prg", big);
+    const QByteArray small = "N10 G90\r\nN20 M30\r\n";
+    fx.Write(Parts + "Small.prg", small);
+    const QByteArray leader(2, '\0');
+    for (const int com : {TcpCom, Rfc2217Com}) {
+        SCOPED_TRACE(com == TcpCom ? "tcp" : "rfc2217");
+        control = controls[com].get();
+        // The current machine's control on the port asks with XON.
+        SetValues(fx, MachineCms,
+                  {{"Port", QString::number(com)}, {"Leader", "2,0"}, {"Receive Time Out", "3000"}});
+        fx.Load();
+        fx.Messages().Clear();
+        MappedSerialLine line(fx.Files().Devices());
+        SendEngine engine(line, PauseTimer::Shared());
+        const auto send = [&](const QString& program) {
+            SendFormLogic logic(fx.session(), engine, SendKind::Program);
+            logic.Form_Load();
+            logic.SendOk_Click({program});
+        };
+        const auto askWhenWaiting = [&] {
+            bool asked = false;
+            return [&, asked](const QByteArray&) mutable {
+                if (!asked && engine.Phase() == SendPhase::Waiting && line.PortOpen() && control->Opened()) {
+                    asked = true;
+                    control->Write("\x11");
+                }
+            };
+        };
+
+        // Switched off with 20 KB of the program through.
+        auto ask = askWhenWaiting();
+        bool off = false;
+        Play([&](const QByteArray& got) {
+            ask(got);
+            if (!off && got.size() >= 20000) {
+                off = true;
+                server->Stop();
+            }
+        });
+        send("Big");
+        RunEventsUntil([] { return false; }, 300); // a line that failed would go on reporting
+        EXPECT_TRUE(off);
+        EXPECT_FALSE(line.PortOpen());
+        ExpectToldOnce(com);
+        EXPECT_LT(received.size(), leader.size() + big.size() + 1);
+        const QString logged = LastTransferLogLines(fx.session(), 1).value(0);
+        EXPECT_TRUE(logged.contains(Host(com)) && logged.contains("failed")) << logged.toStdString();
+        StopPlaying();
+
+        // On again: the next send is exact, and nothing more is told.
+        server->Start();
+        Play(askWhenWaiting());
+        send("Small");
+        RunEventsUntil([&] { return received.size() >= leader.size() + small.size() + 1; }, 3000);
+        EXPECT_EQ(received, leader + small + "%");
+        EXPECT_TRUE(fx.Messages().Texts().isEmpty());
+        StopPlaying();
+
+        // Switched off while the receive form takes a program: nothing is stored as the program.
+        fx.Settings().ReceiveOperation = 2;
+        GeneralReceive receive(line);
+        ReceiveFormLogic logic(fx.session(), receive);
+        logic.Form_Load();
+        QElapsedTimer sinceWritten;
+        Play([&](const QByteArray&) {
+            if (!sinceWritten.isValid() && control->Opened()) {
+                control->Write("G1\r\nG2");
+                sinceWritten.start();
+            } else if (sinceWritten.isValid() && sinceWritten.elapsed() >= 200 && server->Running()) {
+                server->Stop();
+            }
+        });
+        EXPECT_EQ(logic.ReceiveOk_Click("P1"), ReceiveOkOutcome::Close);
+        RunEventsUntil([] { return false; }, 300);
+        EXPECT_FALSE(line.PortOpen());
+        ExpectToldOnce(com);
+        EXPECT_FALSE(fx.OnDisk(Parts + "P1.prg"));
+        EXPECT_FALSE(fx.OnDisk(logic.TempPath()));
+        StopPlaying();
+
+        server->Start();
+        Play([this, sent = false](const QByteArray&) mutable {
+            if (sent || !control->Opened())
+                return;
+            sent = true;
+            control->Write("G3\r\n%");
+        });
+        EXPECT_EQ(logic.ReceiveOk_Click("P1"), ReceiveOkOutcome::Close);
+        EXPECT_EQ(Contents(fx, Parts + "P1.prg"), "G3\r\n%");
+        EXPECT_EQ(fx.Messages().Texts(), QStringList{"\"P1\" Received !"});
+        StopPlaying();
+        fx.Remove(Parts + "P1.prg");
+        RunEventsUntil([] { return false; }, 300); // ser2net lets the device go
+    }
+}
+
+TEST_F(NetLinePty, TheDncServiceServesADeviceServerThatIsOffAtFirstAndConnectsAgainAfterItWentAway) {
+    // Machine 1 served on the raw TCP port, whose device server is off when the service starts.
+    SetValues(fx, MachineCms, {{"Port", QString::number(TcpCom)}});
+    fx.WriteLines("C:\\Kestrova\\Dnc.cfg", {LabelledLine("Machine", "1"), "******"});
+    fx.Load();
+    control = controls[TcpCom].get();
+    server->Stop();
+    DncService service(fx.session(),
+                       [this](int) { return std::make_unique<MappedSerialLine>(fx.Files().Devices()); });
+    service.Start();
+    ASSERT_EQ(service.Lines().size(), size_t(1));
+    DncLine& served = *service.Lines().at(TcpCom);
+    EXPECT_EQ(served.State(), DncLineState::WaitingForDevice);
+    ExpectToldOnce(TcpCom);
+    for (const QByteArray name : {"P100", "P200"}) {
+        SCOPED_TRACE(name.constData());
+        server->Start();
+        ASSERT_TRUE(RunEventsUntil([&] { return served.State() == DncLineState::Listening; }, 5000));
+        ASSERT_TRUE(RunEventsUntil([&] { return control->Opened(); }, 3000));
+        control->Write("\x17PUNCH1\r\n\x18Parts\r\n\x19" + name + "\r\nG1 X10\r\n%");
+        const QString filed = Parts + QString::fromLatin1(name) + ".prg";
+        ASSERT_TRUE(RunEventsUntil([&] { return fx.OnDisk(filed); }, 3000));
+        EXPECT_EQ(fx.Read(filed), "G1 X10\r\n");
+        EXPECT_TRUE(LastTransferLogLines(fx.session(), 1).value(0).contains("COM5 at " + Host(TcpCom)));
+
+        // Gone in the middle of the next program: told once, nothing filed.
+        control->Write("\x17PUNCH1\r\n\x18Parts\r\n\x19P999\r\nG1 X");
+        RunEventsUntil([] { return false; }, 200);
+        server->Stop();
+        ASSERT_TRUE(RunEventsUntil([&] { return served.State() == DncLineState::WaitingForDevice; }, 3000));
+        RunEventsUntil([] { return false; }, 1500); // tries to connect meanwhile are not told
+        ExpectToldOnce(TcpCom);
+        EXPECT_FALSE(fx.OnDisk(Parts + "P999.prg"));
+    }
+    service.Stop();
 }

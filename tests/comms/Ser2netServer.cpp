@@ -3,7 +3,9 @@
 #include <QFile>
 #include <QTcpServer>
 #include <QThread>
+#include <csignal>
 #include <stdexcept>
+#include <sys/prctl.h>
 
 namespace kestrova::testing {
 
@@ -57,6 +59,9 @@ Ser2netServer::~Ser2netServer() {
 void Ser2netServer::Start() {
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_process.setStandardOutputFile(QProcess::nullDevice());
+    // A test that crashes takes its device server with it, or ser2net would hold the test's
+    // output open and the run would wait for it.
+    m_process.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
     m_process.start(QStringLiteral("ser2net"), {QStringLiteral("-n"), QStringLiteral("-c"), m_config});
     if (!m_process.waitForStarted(5000))
         throw std::runtime_error("ser2net does not start (is it installed?)");

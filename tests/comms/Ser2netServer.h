@@ -7,8 +7,8 @@ namespace kestrova::testing {
 
 // ser2net on the loopback address in front of two serial devices (pseudo-terminals' links): the
 // first reached on a raw TCP port, the second on a Telnet port with RFC 2217, each taking one
-// connection at a time. Its
-// configuration is written to the given directory. Stopped when destroyed.
+// connection at a time. Its configuration is written to the given directory. Stopped when
+// destroyed.
 class Ser2netServer {
 public:
     Ser2netServer(const QString& directory, const QString& rawDevice, const QString& rfc2217Device);
@@ -20,6 +20,7 @@ public:
     void Start();
     // Stops it at once (as a device server switched off): its connections end.
     void Stop();
+    [[nodiscard]] bool Running() const { return m_process.state() != QProcess::NotRunning; }
 
     [[nodiscard]] quint16 TcpPort() const { return m_tcpPort; }
     [[nodiscard]] quint16 Rfc2217Port() const { return m_rfcPort; }
