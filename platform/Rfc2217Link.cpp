@@ -13,6 +13,8 @@ namespace kestrova {
 
 namespace {
 
+// The most output kept for the library before the line is told to wait.
+constexpr qsizetype PendingLimit = 4096;
 // How long a closing connection is waited for, so that the device server is free for the next.
 constexpr int CloseMs = 1000;
 // How long the device server may take to answer each setting.
@@ -66,9 +68,14 @@ void Rfc2217Link::BlockingFree::operator()(sergensio_b* b) const {
     sergensio_b_free(b);
 }
 
-Rfc2217Link::Rfc2217Link(QObject* parent) : NetLink(parent) {}
+Rfc2217Link::Rfc2217Link(QObject* parent) : NetLink(parent), m_flush(this) {
+    m_flush.setSingleShot(true);
+    m_flush.setInterval(0);
+    connect(&m_flush, &QTimer::timeout, this, &Rfc2217Link::Flush);
+}
 
 Rfc2217Link::~Rfc2217Link() {
+    Flush(); // what the line handed on goes before the close
     Forget();
     m_blocking.reset();
     if (m_io && m_open && !m_dropped)
@@ -188,17 +195,32 @@ void Rfc2217Link::Drop(const QString& reason) {
 qsizetype Rfc2217Link::Write(const QByteArray& bytes) {
     if (!m_open || m_dropped)
         return 0;
-    gensiods taken = 0;
+    // Gathered and handed to the library once control is back in the loop: a transfer that
+    // writes a character at a time then costs one write to the device server per round of the
+    // loop, not one per character.
+    const qsizetype taken = qMin(bytes.size(), qMax<qsizetype>(0, PendingLimit - m_pending.size()));
+    m_pending += bytes.first(taken);
+    if (taken > 0 && !m_flush.isActive())
+        m_flush.start();
+    return taken;
+}
+
+void Rfc2217Link::Flush() {
+    if (!m_open || m_dropped || m_pending.isEmpty())
+        return;
+    gensiods written = 0;
     if (const int error =
-            gensio_write(m_io.get(), &taken, bytes.constData(), gensiods(bytes.size()), nullptr);
+            gensio_write(m_io.get(), &written, m_pending.constData(), gensiods(m_pending.size()), nullptr);
         error != 0) {
-        QMetaObject::invokeMethod(
-            this, [this, error] { Drop(ErrorText(error)); }, Qt::QueuedConnection);
-        return 0;
+        Drop(ErrorText(error));
+        return;
     }
-    if (qsizetype(taken) < bytes.size())
+    m_pending.remove(0, qsizetype(written));
+    // The rest goes when the library has room again.
+    if (!m_pending.isEmpty())
         gensio_set_write_callback_enable(m_io.get(), true);
-    return qsizetype(taken);
+    if (written > 0)
+        Q_EMIT Written();
 }
 
 bool Rfc2217Link::Apply(const LineFraming& framing, int handshaking, bool dtr, bool rts, QString& reason) {
@@ -298,7 +320,7 @@ int Rfc2217Link::OnEvent(gensio* io, void* self, int event, int error, unsigned 
         return 0;
     case GENSIO_EVENT_WRITE_READY:
         gensio_set_write_callback_enable(link->m_io.get(), false);
-        Q_EMIT link->Written();
+        link->Flush();
         return 0;
     case GENSIO_EVENT_SER_MODEMSTATE: {
         const unsigned state = *reinterpret_cast<const unsigned*>(buf);

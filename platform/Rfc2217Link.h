@@ -2,6 +2,8 @@
 
 #include "platform/NetLink.h"
 
+#include <QByteArray>
+#include <QTimer>
 #include <memory>
 
 struct gensio;
@@ -23,7 +25,7 @@ public:
     [[nodiscard]] bool ConnectNow(const NetAddress& address, int ms, QString& reason) override;
     void ConnectLater(const NetAddress& address) override;
     [[nodiscard]] qsizetype Write(const QByteArray& bytes) override;
-    [[nodiscard]] qint64 Queued() const override { return 0; }
+    [[nodiscard]] qint64 Queued() const override { return m_pending.size(); }
     [[nodiscard]] bool Apply(const LineFraming& framing, int handshaking, bool dtr, bool rts,
                              QString& reason) override;
     [[nodiscard]] bool ModemLinesReported() const override { return m_linesReported; }
@@ -43,6 +45,8 @@ private:
     // The library's calls for m_io reach this link no more.
     void Forget();
     void Drop(const QString& reason);
+    // Hands what was written to the library, as far as it takes it.
+    void Flush();
     static int OnEvent(gensio* io, void* self, int event, int error, unsigned char* buf,
                        unsigned long* length, const char* const* auxdata);
     static void OnOpenDone(gensio* io, int error, void* self);
@@ -56,6 +60,8 @@ private:
     gensio_waiter* m_openWait = nullptr; // woken when the opening ends, while ConnectNow waits
     bool m_dropped = false;
     bool m_linesReported = false;
+    QByteArray m_pending; // written, not yet taken by the library
+    QTimer m_flush;
     int m_unanswered = 0; // modem-control levels sent and not yet answered
 };
 
