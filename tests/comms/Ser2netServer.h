@@ -21,6 +21,7 @@ public:
     // Stops it at once (as a device server switched off): its connections end.
     void Stop();
     [[nodiscard]] bool Running() const { return m_process.state() != QProcess::NotRunning; }
+    [[nodiscard]] qint64 ProcessId() const { return m_process.processId(); }
 
     [[nodiscard]] quint16 TcpPort() const { return m_tcpPort; }
     [[nodiscard]] quint16 Rfc2217Port() const { return m_rfcPort; }
