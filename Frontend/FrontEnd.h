@@ -146,9 +146,11 @@ private:
     void OpenSendForm(SendKind kind);
     void OpenReceiveForm(int operation);
     void OpenTransferLog();
+    void OpenDncMonitor();
 
     // --- The edit form (FrontEndEditing.cpp) -----------------------------------------------
     void OpenEditForm(int operation);
+    void OpenHistoryForm();
 
     // --- Import, export and the Rainer floppy (FrontEndExchange.cpp) -------------------------
     void OpenExternalForm(int mode);

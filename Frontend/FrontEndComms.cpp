@@ -1,5 +1,6 @@
 // The Communications menu: the send and receive forms, each over a serial line of its own.
 #include "Frontend/FrontEnd.h"
+#include "comms/forms/DncMonitorForm.h"
 #include "comms/forms/ReceiveForm.h"
 #include "comms/forms/SendForm.h"
 #include "comms/forms/TransferLogForm.h"
@@ -36,6 +37,13 @@ void FrontEnd::OpenReceiveForm(int operation) {
 void FrontEnd::OpenTransferLog() {
     InFrame([&] {
         TransferLogForm form(m_session, this);
+        form.exec();
+    });
+}
+
+void FrontEnd::OpenDncMonitor() {
+    InFrame([&] {
+        DncMonitorForm form(m_session, this);
         form.exec();
     });
 }

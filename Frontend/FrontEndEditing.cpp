@@ -1,6 +1,8 @@
-// The Edit menu: every entry opens the edit form with its operation code.
+// The Edit menu: every entry opens the edit form with its operation code, but the last, which
+// opens the program history.
 #include "Frontend/FrontEnd.h"
 #include "editing/forms/EditForm.h"
+#include "editing/forms/HistoryForm.h"
 
 namespace kestrova {
 
@@ -13,6 +15,13 @@ void FrontEnd::OpenEditForm(int operation) {
     });
     // The form may have made another data directory current.
     ShowStatus();
+}
+
+void FrontEnd::OpenHistoryForm() {
+    InFrame([&] {
+        HistoryForm form(m_session, {}, this);
+        form.exec();
+    });
 }
 
 } // namespace kestrova

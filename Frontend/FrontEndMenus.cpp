@@ -190,6 +190,9 @@ void FrontEnd::BuildEditMenu() {
             [this] { OpenEditForm(3); });
     AddItem(edit, QStringLiteral("ViewItem2"), QStringLiteral("View Nest Report"),
             [this] { OpenEditForm(4); });
+    AddSeparator(edit);
+    AddItem(edit, QStringLiteral("HistoryItem"), QStringLiteral("Program &History"),
+            [this] { OpenHistoryForm(); });
 }
 
 void FrontEnd::BuildCommsMenu() {
@@ -207,6 +210,8 @@ void FrontEnd::BuildCommsMenu() {
     AddSeparator(comms);
     AddItem(comms, QStringLiteral("TransferLogItem"), QStringLiteral("Transfer &Log"),
             [this] { OpenTransferLog(); });
+    AddItem(comms, QStringLiteral("DncMonitorItem"), QStringLiteral("DNC &Monitor"),
+            [this] { OpenDncMonitor(); });
 }
 
 void FrontEnd::BuildSetupMenu() {

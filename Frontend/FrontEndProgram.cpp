@@ -3,6 +3,8 @@
 #include "Frontend/StartUp.h"
 #include "editing/MachineFrame.h"
 #include "editing/forms/TextEditorWindow.h"
+#include "filestore/HistoryOperations.h"
+#include "filestore/ProgramHistory.h"
 
 #include <QDir>
 
@@ -21,8 +23,9 @@ int FrontEndProgram::Open() {
     if (const int status = m_window->StartUpStatus(); status != 0)
         return status;
     m_launcher.SetBuiltInEditor([this](const QString& file) {
-        return TextEditorWindow::Open(m_files, m_messages, file, *m_window,
-                                      ReadMachineFrame(m_session, m_settings.MachineDir));
+        return TextEditorWindow::Open(
+            m_files, m_messages, file, *m_window, ReadMachineFrame(m_session, m_settings.MachineDir),
+            [this](const QString& saved) { KeepPreviousVersion(m_session, saved, SavedInEditor); });
     });
     m_messages.SetParent(m_window.get());
     return 0;

@@ -52,6 +52,7 @@ void AnswerSender::Start(const SendSettings& settings, const SendMachine& machin
                          const QString& program, const QByteArray& text) {
     m_settings = settings;
     m_program = program;
+    m_listening = m_line.Handshaking();
     m_pieces.clear();
     m_piece = 0;
     m_at = 0;
@@ -121,8 +122,10 @@ void AnswerSender::OnComm(CommEvent event) {
         if (started)
             BeginSending();
     } else if (m_phase == Phase::Sending || m_phase == Phase::Draining) {
-        // What the control sends meanwhile is thrown away, as the send engine does.
-        if (m_line.InBufferCount() > 0)
+        // What the control sends while the answer goes out is thrown away, as the send engine
+        // does. Once all of it is out, the control may well send its next program before the
+        // last characters have left the port: that is the receive's, and stays for it.
+        if (m_phase == Phase::Sending && m_line.InBufferCount() > 0)
             (void)m_line.Input();
         if (event == CommEvent::Break)
             End(SendEnd::Aborted, QStringLiteral("a break on ") + PortName(m_line.CommPort()));
@@ -187,6 +190,12 @@ void AnswerSender::Pump() {
 }
 
 void AnswerSender::Drain() {
+    // All of the answer has gone to the line and none is held back: the control may take its
+    // trailer, send its next request and its start at once, before the last characters have
+    // left the port. That XON is a start again, no longer a release, and must reach the line's
+    // next reader.
+    if (!m_line.OutputHeld() && m_line.Handshaking() != m_listening)
+        m_line.SetHandshaking(m_listening);
     const int waiting = m_line.OutBufferCount();
     if (waiting == 0) {
         End(SendEnd::Sent, {});
@@ -214,8 +223,9 @@ void AnswerSender::End(SendEnd end, const QString& reason) {
     m_tick.stop();
     m_limit.stop();
     m_phase = Phase::Idle;
+    // The line goes back to listening as it did before the request.
     if (m_line.PortOpen())
-        m_line.SetHandshaking(m_settings.Handshaking);
+        m_line.SetHandshaking(m_listening);
     Q_EMIT Finished(end, reason);
 }
 

@@ -64,6 +64,7 @@ private:
 
     SerialLine& m_line;
     SendSettings m_settings;
+    int m_listening = 0; // the line's handshaking before the answer
     Phase m_phase = Phase::Idle;
     QList<Piece> m_pieces;
     qsizetype m_piece = 0;

@@ -3,6 +3,7 @@
 #include "comms/DncState.h"
 #include "comms/PortSetup.h"
 #include "comms/ReceivedHeader.h"
+#include "comms/ReceivedOver.h"
 #include "comms/TransferLog.h"
 #include "comms/UnfiledProgram.h"
 #include "filestore/Names.h"
@@ -112,6 +113,7 @@ void BackgroundReceive::OpenPort(bool report) {
         PreparePort(*m_line, PortSetupFor(TransferKind::Background, m_settings.Port, m_settings.Settings,
                                           m_settings.Handshaking));
     } catch (const SystemError& e) {
+        Q_EMIT LineTrouble(e.text());
         if (report) {
             m_session.messages.ShowError(e.text());
             m_lossTold = true;
@@ -196,6 +198,8 @@ void BackgroundReceive::CloseLine() {
 
 void BackgroundReceive::OpenTemp() {
     m_keptPath.clear();
+    m_arrivingStart.clear();
+    m_arrived = 0;
     MoveHeldAway();
     m_collectPath = FreeCollectPath();
     m_receiving = true;
@@ -395,6 +399,7 @@ void BackgroundReceive::FileReceivedProgram() {
         named = FileInDirectory(path, program, QStringLiteral("prg"));
     }
     const QString target = *named;
+    const ReceivedOver over(m_session, target, m_settings.Port);
     // The program of that name is replaced whole: it keeps its text until the new one is complete
     // and on the disk, and a link stays a link, so a failure here leaves it as it was and the
     // received program whole in its collecting file.
@@ -411,9 +416,11 @@ void BackgroundReceive::FileReceivedProgram() {
         files.Copy(m_collectPath, target);
     }
 
+    const QString told = over.Told();
     QString entry = program + QStringLiteral(" in ") + directory;
     if (g.MachineCount >= 2)
         entry += QStringLiteral(" for ") + description;
+    entry += told;
     try {
         AddListLine(entry);
         RefreshReceiveList();
@@ -422,8 +429,8 @@ void BackgroundReceive::FileReceivedProgram() {
         m_session.messages.ShowError(e.text());
     }
 
-    AppendTransferLog(m_session,
-                      {machine, m_settings.Port, program, files.Length(target), QStringLiteral("received")});
+    AppendTransferLog(m_session, {machine, m_settings.Port, program, files.Length(target),
+                                  QStringLiteral("received") + told});
     Q_EMIT ProgramFiled(target);
     CloseTemp();
     m_receiving = false;
@@ -464,7 +471,16 @@ void BackgroundReceive::TellUnfiled(const QString& kept, const QString& reason, 
     m_session.messages.ShowError(text);
 }
 
+QString BackgroundReceive::ArrivingName() const {
+    return m_receiving ? HeaderOfStart(m_arrivingStart).Program : QString();
+}
+
 void BackgroundReceive::WriteReceived(const QByteArray& bytes) {
+    // Three header lines are short: what is kept of the start is bounded.
+    constexpr qsizetype HeaderRoom = 400;
+    m_arrived += bytes.size();
+    if (m_arrivingStart.size() < HeaderRoom)
+        m_arrivingStart += bytes.left(HeaderRoom - m_arrivingStart.size());
     m_pending += bytes;
     if (m_pending.isEmpty() || !m_temp)
         return;
@@ -518,6 +534,8 @@ void BackgroundReceive::DivertAfterWriteFailure(const QString& reason) {
 }
 
 void BackgroundReceive::RefreshReceiveList() {
+    if (!m_setup.ListShown)
+        return;
     FileSystem& files = m_session.files;
     m_list.Clear();
     if (m_listPath.isEmpty() || !files.IsFile(m_listPath)) {
@@ -548,6 +566,14 @@ bool BackgroundReceive::ReceiveList_GotFocus() {
     return m_frameVisible;
 }
 
+void BackgroundReceive::SetTaking(bool on) {
+    m_taking = on;
+    // What came while another reader had the line (a control that sends its next program as soon
+    // as an answer has reached it) is taken now: no event may come for it again.
+    if (on && m_line->PortOpen() && m_line->InBufferCount() > 0)
+        OnComm(CommEvent::Receive);
+}
+
 void BackgroundReceive::OnComm(CommEvent event) {
     if (!m_taking || event != CommEvent::Receive || m_line->InBufferCount() < 1)
         return;
@@ -570,6 +596,7 @@ void BackgroundReceive::OnLineLost(const QString& message) {
     }
     SetState(BackgroundLineState::WaitingForDevice);
     m_line->WatchDevice(true);
+    Q_EMIT LineTrouble(text);
     if (!m_lossTold)
         m_session.messages.ShowError(text);
     m_lossTold = true;

@@ -25,6 +25,9 @@ struct ReceiveLineSetup {
     QString MachineDescription;
     QString Directory;
     QString CollectName; // in the system directory; "Receive.tmp" when empty
+    // The window shows the receive list and reads "Receive.lst" again after each program; the
+    // service only adds its lines, and keeps no copy that would grow with every program.
+    bool ListShown = true;
 };
 
 // Where the background line stands, as the status bar shows it.
@@ -65,7 +68,7 @@ public:
     void SetProgramTaker(ProgramTaker taker) { m_programTaker = std::move(taker); }
     // While off, what the line brings is left for another reader (an answer being sent waits for
     // its start on the same line).
-    void SetTaking(bool on) { m_taking = on; }
+    void SetTaking(bool on);
     // Closes the port and the temporary file, and deletes "Receive.tmp": a program cut off in
     // the middle is discarded. The receive is off afterwards, and watches for nothing.
     void Stop();
@@ -90,6 +93,10 @@ public:
     [[nodiscard]] const ListModel& ReceiveList() const { return m_list; }
     [[nodiscard]] bool ReceiveFrameVisible() const { return m_frameVisible; }
     [[nodiscard]] bool Receiving() const { return m_receiving; }
+    // Of the program arriving now: the name its header gives (empty while none has come), and
+    // how many characters came so far.
+    [[nodiscard]] QString ArrivingName() const;
+    [[nodiscard]] qint64 ArrivedCount() const { return m_arrived; }
     [[nodiscard]] const QString& TrailerMatch() const { return m_trailerMatch; }
     [[nodiscard]] const QString& EndMatch() const { return m_endMatch; }
     [[nodiscard]] const QString& TempPath() const { return m_tempPath; }
@@ -115,6 +122,8 @@ Q_SIGNALS:
     // Characters that arrived after a program the taker took, in the same chunk: they are the
     // next reader's (see SetTaking).
     void LeftForAnotherReader(const QString& text);
+    // The port could not be opened or was lost: the text names the port and the reason.
+    void LineTrouble(const QString& text);
 
 private:
     void OnComm(CommEvent event);
@@ -171,6 +180,8 @@ private:
     QString m_keptPath;                 // the file of its own that takes the program after a failed write
     QByteArray m_pending;               // received characters that no file has taken yet
     bool m_receiving = false;
+    QByteArray m_arrivingStart; // the program's first characters, where its header is
+    qint64 m_arrived = 0;
     QString m_trailerMatch;
     QString m_endMatch;
     std::bitset<256> m_filtered; // the receive filter's characters

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "comms/DncRequest.h"
 #include "platform/FileSystem.h"
 
 #include <QList>
@@ -13,6 +14,7 @@ struct DncMachine {
     int Number = 0;    // its number in "Machine.lst"
     QString Directory; // where programs whose header names no directory are filed; "" for the first
     int Line = 0;      // the line of "Dnc.cfg" that names it, for messages
+    DncRequestForm Request;
 };
 
 // The DNC service's settings: the served machines, in file order.
@@ -35,9 +37,11 @@ inline const QString DncConfigName = QStringLiteral("Dnc.cfg");
 
 // Reads "Dnc.cfg" at path: the suite's line format, one line "Machine : N" or
 // "Machine : N, DIRECTORY" per served machine, ended by "******". Lines with other labels are
-// left for later additions; an empty line is skipped. A missing or unreadable file, a machine
+// left for later additions; an empty line is skipped. "Request Form : N, TEXT" gives served
+// machine N another form of request ("*" for the name). A missing or unreadable file, a machine
 // line without a number of 1 or more, a directory that is not a plain name, or the same
-// machine twice raises DncConfigError naming the file and the line.
+// machine twice, a request form for a machine not served or without one "*" raises DncConfigError naming the
+// file and the line.
 [[nodiscard]] DncConfig ReadDncConfig(const FileSystem& files, const QString& path);
 
 } // namespace kestrova

@@ -21,7 +21,8 @@ bool operator==(const DncLineSetup& a, const DncLineSetup& b) {
     return line(a.Receive.Line) == line(b.Receive.Line) && a.Receive.MachineDir == b.Receive.MachineDir &&
            a.Receive.MachineDescription == b.Receive.MachineDescription &&
            a.Receive.Directory == b.Receive.Directory && a.Receive.CollectName == b.Receive.CollectName &&
-           send(a.Send) == send(b.Send) && machine(a.Machine) == machine(b.Machine);
+           a.Receive.ListShown == b.Receive.ListShown &&
+           send(a.Send) == send(b.Send) && machine(a.Machine) == machine(b.Machine) && a.Request == b.Request;
 }
 
 DncLine::DncLine(Session& session, std::unique_ptr<SerialLine> line, const DncLineSetup& setup,
@@ -31,13 +32,32 @@ DncLine::DncLine(Session& session, std::unique_ptr<SerialLine> line, const DncLi
     m_receive = std::make_unique<BackgroundReceive>(session, std::move(line));
     m_sender = std::make_unique<AnswerSender>(l);
     m_receive->SetProgramTaker([this](const QString& collectPath) { return TakeRequest(collectPath); });
-    connect(m_receive.get(), &BackgroundReceive::LineStateChanged, this, &DncLine::StateChanged);
+    connect(m_receive.get(), &BackgroundReceive::LineStateChanged, this, &DncLine::OnLineState);
+    connect(m_receive.get(), &BackgroundReceive::LineTrouble, this, [this](const QString& text) {
+        m_lastError = text;
+        Q_EMIT StateChanged();
+    });
     connect(m_receive.get(), &BackgroundReceive::ProgramFiled, this, &DncLine::StateChanged);
+    // Every arrival may change what the monitor shows; the service gathers them before it writes.
+    connect(&l, &SerialLine::Comm, this, &DncLine::StateChanged);
     connect(m_sender.get(), &AnswerSender::Finished, this, &DncLine::AnswerFinished);
     connect(m_receive.get(), &BackgroundReceive::LeftForAnotherReader, m_sender.get(), &AnswerSender::Offer);
 }
 
 DncLine::~DncLine() = default;
+
+void DncLine::OnLineState() {
+    const BackgroundLineState now = m_receive->LineState();
+    // The device's loss was told when it happened; its return is told too, so that the journal
+    // shows how long the line was not served.
+    if (m_lineState == BackgroundLineState::WaitingForDevice && now == BackgroundLineState::Listening)
+        m_session.messages.Show({PortName(m_setup.Receive.Line.Port) +
+                                     QStringLiteral(": the device is back; listening for ") +
+                                     m_setup.Receive.MachineDir,
+                                 Buttons::Ok, Icon::Information, 1});
+    m_lineState = now;
+    Q_EMIT StateChanged();
+}
 
 void DncLine::Start() {
     m_receive->Start(m_setup.Receive);
@@ -70,8 +90,11 @@ QString DncLine::StateText() const {
         return QStringLiteral("waiting for the device");
     case DncLineState::Off:
         return QStringLiteral("off");
-    case DncLineState::Receiving:
-        return QStringLiteral("receiving");
+    case DncLineState::Receiving: {
+        const QString name = m_receive->ArrivingName();
+        return (name.isEmpty() ? QStringLiteral("receiving") : QStringLiteral("receiving ") + name) +
+               QStringLiteral(", %1 characters").arg(m_receive->ArrivedCount());
+    }
     case DncLineState::Listening:
         return QStringLiteral("listening");
     case DncLineState::Sending: {
@@ -95,7 +118,8 @@ QString DncLine::StateText() const {
 bool DncLine::TakeRequest(const QString& collectPath) {
     if (m_sender->Busy())
         return false;
-    const std::optional<DncRequest> request = ReadDncRequest(ReadAllBytes(m_session.files, collectPath));
+    const std::optional<DncRequest> request =
+        ReadDncRequest(ReadAllBytes(m_session.files, collectPath), m_setup.Request);
     if (!request)
         return false;
     const QString machineDir = m_setup.Receive.MachineDir;
@@ -113,7 +137,6 @@ bool DncLine::TakeRequest(const QString& collectPath) {
 }
 
 void DncLine::AnswerFinished(SendEnd end, const QString& reason) {
-    m_receive->SetTaking(true);
     QString result = QStringLiteral("request ") + m_asked + QStringLiteral(": ") + m_answerResult;
     if (end != SendEnd::Sent) {
         result = QStringLiteral("failed: request ") + m_asked + QStringLiteral(": ") + reason;
@@ -121,6 +144,8 @@ void DncLine::AnswerFinished(SendEnd end, const QString& reason) {
     }
     AppendTransferLog(m_session, {m_setup.Receive.MachineDir, m_setup.Send.Port, m_sender->Program(),
                                   m_sender->Written(), result});
+    // Logged first: what the control sent next is received after its answer.
+    m_receive->SetTaking(true);
     Q_EMIT StateChanged();
 }
 

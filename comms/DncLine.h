@@ -16,6 +16,7 @@ struct DncLineSetup {
     ReceiveLineSetup Receive; // the line, the machine and its default directory
     SendSettings Send;        // how an answer goes out
     SendMachine Machine;      // the header an answer carries
+    DncRequestForm Request;   // how the control asks for a program
     friend bool operator==(const DncLineSetup& a, const DncLineSetup& b);
 };
 
@@ -50,6 +51,7 @@ private:
     // A complete program: true when it was a request and is answered instead of filed.
     bool TakeRequest(const QString& collectPath);
     void AnswerFinished(SendEnd end, const QString& reason);
+    void OnLineState();
 
     Session& m_session;
     DncLineSetup m_setup;
@@ -58,6 +60,7 @@ private:
     QString m_asked; // the request being answered, as the log names it
     QString m_answerResult;
     QString m_lastError;
+    BackgroundLineState m_lineState = BackgroundLineState::Off;
 };
 
 } // namespace kestrova

@@ -10,7 +10,6 @@ namespace kestrova {
 
 namespace {
 
-const QString ProgramKeyword = QStringLiteral("(PRG=");
 const QString ListRequest = QStringLiteral("(DIR)");
 const QString ReservedDirectory = QStringLiteral("EXSUBS");
 
@@ -43,7 +42,15 @@ DncAnswer NotFound(const QString& asked, const QString& reason) {
 
 } // namespace
 
-std::optional<DncRequest> ReadDncRequest(const QByteArray& program) {
+std::optional<DncRequestForm> ParseDncRequestForm(const QString& text) {
+    const QString form = TrimBlanks(text);
+    const qsizetype star = form.indexOf(u'*');
+    if (star < 1 || form.indexOf(u'*', star + 1) >= 0)
+        return std::nullopt;
+    return DncRequestForm{form.left(star), form.mid(star + 1)};
+}
+
+std::optional<DncRequest> ReadDncRequest(const QByteArray& program, const DncRequestForm& form) {
     QString only;
     for (const QString& raw : FromBytes(program).split(u'\n')) {
         QString line = TrimBlanks(QString(raw).remove(u'\r'));
@@ -57,10 +64,11 @@ std::optional<DncRequest> ReadDncRequest(const QByteArray& program) {
     }
     if (only.compare(ListRequest, Qt::CaseInsensitive) == 0)
         return DncRequest{DncRequest::Kind::List, {}, {}};
-    if (!only.startsWith(ProgramKeyword, Qt::CaseInsensitive) || !only.endsWith(u')'))
+    if (only.size() < form.Before.size() + form.After.size() ||
+        !only.startsWith(form.Before, Qt::CaseInsensitive) || !only.endsWith(form.After, Qt::CaseInsensitive))
         return std::nullopt;
     const QString asked =
-        TrimBlanks(only.mid(ProgramKeyword.size(), only.size() - ProgramKeyword.size() - 1));
+        TrimBlanks(only.mid(form.Before.size(), only.size() - form.Before.size() - form.After.size()));
     const qsizetype slash = asked.lastIndexOf(u'\\');
     if (slash < 0)
         return DncRequest{DncRequest::Kind::Program, {}, asked};

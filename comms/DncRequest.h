@@ -19,9 +19,22 @@ struct DncRequest {
     QString Name;      // as asked
 };
 
+// How a machine's control asks for a program: the text before and after the name, "(PRG=" and
+// ")" unless "Dnc.cfg" gives the machine another form. Compared without regard to case.
+struct DncRequestForm {
+    QString Before = QStringLiteral("(PRG=");
+    QString After = QStringLiteral(")");
+    friend bool operator==(const DncRequestForm&, const DncRequestForm&) = default;
+};
+
+// A form as "Dnc.cfg" writes it, "*" standing for the name: "(PRG=*)", "(PROGRAM *)". Nothing
+// when the text holds no "*" or more than one, or nothing before it.
+[[nodiscard]] std::optional<DncRequestForm> ParseDncRequestForm(const QString& text);
+
 // The request a received program makes, if it is one. Blank lines and lines of "%" alone (the
 // tape marks around a program) do not count.
-[[nodiscard]] std::optional<DncRequest> ReadDncRequest(const QByteArray& program);
+[[nodiscard]] std::optional<DncRequest> ReadDncRequest(const QByteArray& program,
+                                                       const DncRequestForm& form = {});
 
 // What the service sends back, as a program of the machine.
 struct DncAnswer {

@@ -1,5 +1,6 @@
 #include "comms/DncService.h"
 
+#include "comms/PortSetup.h"
 #include "filestore/Names.h"
 #include "platform/Blanks.h"
 #include "platform/TextFile.h"
@@ -16,6 +17,8 @@ namespace {
 
 // The state file is written at most this often, however busy the lines.
 constexpr int PublishMs = 250;
+// How often the state is written while a line transfers.
+constexpr int BusyPublishMs = 1000;
 
 } // namespace
 
@@ -63,6 +66,7 @@ std::map<int, DncLineSetup> DncService::ReadSetups() {
         const QString description = TrimBlanks(record.field1);
         const QString cms = g.SetupPath + QStringLiteral("Data\\") + machineDir + QStringLiteral(".cms");
         DncLineSetup setup;
+        setup.Request = served.Request;
         try {
             setup.Send = ReadSendSettings(files, cms);
             GlobalSettings machineType = g;
@@ -98,14 +102,24 @@ std::map<int, DncLineSetup> DncService::ReadSetups() {
         setup.Receive.Line.Port = setup.Send.Port;
         setup.Receive.Line.Enabled = true;
         setup.Receive.Line.Settings = setup.Send.Settings;
-        setup.Receive.Line.Handshaking = setup.Send.Handshaking;
+        // A served line answers too, and the control's XON is the start of an answer: the line
+        // listens with XON/XOFF held back, as a send does while it waits for its start, and the
+        // two characters are kept out of received programs, being flow control and never text.
+        setup.Receive.Line.Handshaking =
+            PortSetupFor(TransferKind::SendWaiting, port, setup.Send.Settings, setup.Send.Handshaking)
+                .Handshaking;
         setup.Receive.Line.Trailer = setup.Send.Trailer;
         setup.Receive.Line.EndSequence = setup.Send.EndSequence;
         setup.Receive.Line.ReceiveFilter = setup.Send.ReceiveFilter;
+        if (setup.Send.Handshaking & 1)
+            for (const QChar flow : {QChar(17), QChar(19)})
+                if (!setup.Receive.Line.ReceiveFilter.contains(flow))
+                    setup.Receive.Line.ReceiveFilter << flow;
         setup.Receive.MachineDir = machineDir;
         setup.Receive.MachineDescription = description;
         setup.Receive.Directory = directory;
         // Each line collects in a file of its own: two lines never share one.
+        setup.Receive.ListShown = false;
         setup.Receive.CollectName = QStringLiteral("Receive ") + PortName(port) + QStringLiteral(".tmp");
         setups.emplace(port, setup);
     }
@@ -166,7 +180,7 @@ QStringList DncService::StateLines() const {
         const DncLineSetup& setup = line->Setup();
         QString text = PortName(port) + u'\t' + setup.Receive.MachineDir + u'\t' + line->StateText();
         if (!line->LastError().isEmpty())
-            text += QStringLiteral("\tlast error: ") + line->LastError();
+            text += u'\t' + DncLastErrorLabel + line->LastError();
         lines << text;
     }
     return lines;
@@ -178,6 +192,12 @@ void DncService::PublishSoon() {
 }
 
 void DncService::Publish() {
+    // A transfer's progress and rate change with every second even when no event comes.
+    for (const auto& [port, line] : m_lines)
+        if (line->State() == DncLineState::Receiving || line->State() == DncLineState::Sending) {
+            m_publish.start(BusyPublishMs);
+            break;
+        }
     try {
         WriteSettingsFile(m_session.files, m_session.settings.SystemPath + DncStateName, StateLines());
     } catch (const SystemError& e) {

@@ -13,6 +13,8 @@ namespace kestrova {
 
 // The name of the file through which the service tells what it serves, in the system directory.
 inline const QString DncStateName = QStringLiteral("Dnc.state");
+// Before a line's last error in "Dnc.state".
+inline const QString DncLastErrorLabel = QStringLiteral("last error: ");
 
 // The DNC service: every machine that "Dnc.cfg" names, served on its own line at once, headless.
 // Each line files what its control sends by the background receive's rules and answers its

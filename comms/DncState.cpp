@@ -37,10 +37,10 @@ std::optional<DncState> ReadDncState(const FileSystem& files, const QString& sys
             break;
         const QStringList fields = line.split(u'\t');
         if (fields.size() >= 3 && fields.at(0).startsWith(QLatin1String("COM"))) {
-            QString text = fields.at(2);
-            if (fields.size() > 3)
-                text += QStringLiteral(", ") + fields.at(3);
-            state.Lines << DncStateLine{fields.at(0).mid(3).toInt(), fields.at(1), text};
+            QString error = fields.size() > 3 ? fields.at(3) : QString();
+            if (error.startsWith(DncLastErrorLabel))
+                error.remove(0, DncLastErrorLabel.size());
+            state.Lines << DncStateLine{fields.at(0).mid(3).toInt(), fields.at(1), fields.at(2), error};
         } else if (HasColon(line) && TrimBlanks(line.section(u':', 0, 0)) == QLatin1String("Process")) {
             state.Process = ValueOfLine(line).toLongLong();
         }

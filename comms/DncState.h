@@ -12,7 +12,8 @@ namespace kestrova {
 struct DncStateLine {
     int Port = 0;
     QString Machine; // the machine's directory name
-    QString State;   // "listening", "sending Bracket, ..." and the last error, if any
+    QString State;   // "listening", "sending Bracket, 1234 of 5678 characters, ...", ...
+    QString LastError;
 };
 
 // What "Dnc.state" in the system directory says of a running DNC service.

@@ -1,6 +1,7 @@
 #include "comms/ReceiveFormLogic.h"
 
 #include "comms/DncState.h"
+#include "comms/ReceivedOver.h"
 #include "comms/TransferLog.h"
 #include "comms/UnfiledProgram.h"
 #include "filestore/KeyFilter.h"
@@ -129,10 +130,12 @@ ReceiveOkOutcome ReceiveFormLogic::ReceiveOk_Click(const QString& nameText) {
     }
 
     if (files.IsFile(m_tempPath)) {
+        const ReceivedOver over(m_session, target, m_receive.Settings().Port);
         try {
             // Replaced whole: until the new text is complete the old one stays, and a link stays
             // a link.
             files.Copy(m_tempPath, target);
+            record.Result += over.Told();
         } catch (const SystemError& e) {
             record.Result = QStringLiteral("failed: ") + e.text();
             AppendTransferLog(m_session, record);

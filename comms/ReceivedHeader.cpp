@@ -18,6 +18,19 @@ void ReceivedHeader::TakeLine(int index, const QString& line) {
     *values[index] = AcceptableOutsideName(value) ? value : QString();
 }
 
+ReceivedHeader HeaderOfStart(const QByteArray& start) {
+    ReceivedHeader header;
+    qsizetype from = 0;
+    for (int index = 0; index < 3; ++index) {
+        const qsizetype end = start.indexOf('\n', from);
+        if (end < 0)
+            break;
+        header.TakeLine(index, TrimBlanks(QString::fromLatin1(start.mid(from, end - from)).remove(u'\r')));
+        from = end + 1;
+    }
+    return header;
+}
+
 bool HoldsHeaderMarker(const QString& line) {
     return line.contains(MachineMarker) || line.contains(DirectoryMarker) || line.contains(ProgramMarker);
 }

@@ -23,6 +23,10 @@ struct ReceivedHeader {
     void TakeLine(int index, const QString& line);
 };
 
+// The header values of a program's first characters, as far as they came: only lines already
+// ended count, so a name still arriving is not shown cut short.
+[[nodiscard]] ReceivedHeader HeaderOfStart(const QByteArray& start);
+
 // Whether a line is one of the header lines that the filed program leaves out.
 [[nodiscard]] bool HoldsHeaderMarker(const QString& line);
 

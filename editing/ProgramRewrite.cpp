@@ -79,7 +79,7 @@ void ProgramOutput::Flush() {
 
 void RewriteProgram(FileSystem& files, const QString& program, const QString& temporary,
                     const std::function<void(ProgramInput&, ProgramOutput&)>& transform,
-                    const RewriteProgress& progress) {
+                    const RewriteProgress& progress, const std::function<void()>& keepOld) {
     const QString programPath = files.FullPath(program);
     const QString temporaryPath = files.FullPath(temporary);
 
@@ -103,6 +103,8 @@ void RewriteProgram(FileSystem& files, const QString& program, const QString& te
 
     // 2. The new text takes the program's place whole: the program keeps its old text until
     // then, and a link to it stays a link.
+    if (keepOld)
+        keepOld();
     try {
         files.MoveOver(temporaryPath, programPath);
     } catch (const SystemError& error) {

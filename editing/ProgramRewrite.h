@@ -69,9 +69,11 @@ private:
 // which then takes the program's place and is gone: renamed over it where both lie on one
 // device, else copied over it and deleted. The program holds its old text until the new one is
 // whole and on the disk, and a link to it stays a link.
-// transform reads the program's lines and writes the new ones. Any failure raises RewriteError.
+// transform reads the program's lines and writes the new ones; keepOld is called once the new
+// text is whole, just before it takes the program's place (the history keeps the old text there).
+// Any failure raises RewriteError.
 void RewriteProgram(FileSystem& files, const QString& program, const QString& temporary,
                     const std::function<void(ProgramInput&, ProgramOutput&)>& transform,
-                    const RewriteProgress& progress);
+                    const RewriteProgress& progress, const std::function<void()>& keepOld = {});
 
 } // namespace kestrova

@@ -1,6 +1,8 @@
 #include "editing/ProgramText.h"
 
 #include "editing/ProgramLines.h"
+#include "filestore/HistoryOperations.h"
+#include "filestore/ProgramHistory.h"
 
 #include <algorithm>
 
@@ -46,7 +48,7 @@ void RenumberProgram(Session& session, const QString& path, Int16 start, Int16 i
                 numbers.Advance();
             }
         },
-        progress);
+        progress, [&] { KeepPreviousVersion(session, path, Renumbered); });
 }
 
 void StripNumbers(Session& session, const QString& path, const RewriteProgress& progress) {
@@ -58,7 +60,7 @@ void StripNumbers(Session& session, const QString& path, const RewriteProgress& 
                 out.EndLine(StripLine(line, out.Room(line.size())));
             }
         },
-        progress);
+        progress, [&] { KeepPreviousVersion(session, path, NumbersStripped); });
 }
 
 void RemoveSpaces(Session& session, const QString& path, const RewriteProgress& progress) {
@@ -74,7 +76,7 @@ void RemoveSpaces(Session& session, const QString& path, const RewriteProgress& 
                     out.EndLine(end);
             }
         },
-        progress);
+        progress, [&] { KeepPreviousVersion(session, path, SpacesRemoved); });
 }
 
 } // namespace kestrova

@@ -29,7 +29,7 @@ int ExportDrawing(Session& session, const QString& sourceDir, const QString& nam
                   const QString& newName) {
     if (session.files.IsFile(target + newName + QStringLiteral(".drw")) && !AskOverwrite(session, newName))
         return 0;
-    DeleteFamily(session, target, newName, ExportDrawings);
+    DeleteFamily(session, target, newName, ExportDrawings, ExportedFrom(sourceDir));
     const bool withinMachine = WithinMachine(session.settings, target);
     CopyMembers(session, sourceDir, name, target, newName, [withinMachine](const QString& extension) {
         if (IsProgramMember(extension))
@@ -44,7 +44,7 @@ int ExportProgram(Session& session, const QString& sourceDir, const QString& nam
     const QString targetFile = target + newName + u'.' + extension;
     if (session.files.IsFile(targetFile) && !AskOverwrite(session, newName))
         return 0;
-    DeleteFamily(session, target, newName, ExportPrograms);
+    DeleteFamily(session, target, newName, ExportPrograms, ExportedFrom(sourceDir));
     // The family delete has taken a target with a program member's extension already.
     if (!IsProgramMember(extension.toLower()) && session.files.Exists(targetFile))
         session.files.Delete(targetFile);

@@ -32,14 +32,14 @@ int ImportFile(Session& session, const QString& sourceDir, const QString& target
     case ImportClass::Drawing:
         if (files.IsFile(targetDir + base + QStringLiteral(".drw")) && !AskOverwrite(session, base))
             return 0;
-        DeleteFamily(session, targetDir, base, 1);
+        DeleteFamily(session, targetDir, base, 1, ImportedFrom(sourceDir));
         CopyMembers(session, sourceDir, base, targetDir, base,
                     [](const QString& extension) { return !IsProgramMember(extension); });
         return 1;
     case ImportClass::Program:
         if (files.IsFile(targetDir + base + QStringLiteral(".prg")) && !AskOverwrite(session, base))
             return 0;
-        DeleteFamily(session, targetDir, base, 2);
+        DeleteFamily(session, targetDir, base, 2, ImportedFrom(sourceDir));
         for (const QString& extension : ProgramMemberExtensions())
             CopyIfPresent(files, sourceDir + base + u'.' + extension, targetDir + base + u'.' + extension);
         return 1;
@@ -54,7 +54,7 @@ int ImportFile(Session& session, const QString& sourceDir, const QString& target
     case ImportClass::ForeignProgram:
         if (files.IsFile(targetDir + fileName + QStringLiteral(".prg")) && !AskOverwrite(session, fileName))
             return 0;
-        DeleteFamily(session, targetDir, fileName, 2);
+        DeleteFamily(session, targetDir, fileName, 2, ImportedFrom(sourceDir));
         files.Copy(sourceDir + fileName, targetDir + fileName + QStringLiteral(".prg"));
         return 1;
     }

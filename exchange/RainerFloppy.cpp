@@ -75,7 +75,7 @@ int ImportRainerProgram(Session& session, const QString& source, const QString& 
     const QString target = directory + name + QStringLiteral(".prg");
     if (session.files.IsFile(target) && !AskOverwrite(session, name))
         return 0;
-    DeleteFamily(session, directory, name, 2);
+    DeleteFamily(session, directory, name, 2, ImportedFrom(source.left(source.lastIndexOf(u'\\') + 1)));
     CopyIfPresent(session.files, source, target);
     return 1;
 }

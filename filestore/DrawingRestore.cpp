@@ -1,7 +1,9 @@
 #include "filestore/DrawingRestore.h"
 
+#include "filestore/HistoryOperations.h"
 #include "filestore/LastFile.h"
 #include "filestore/Names.h"
+#include "filestore/ProgramHistory.h"
 #include "filestore/SelectDirectory.h"
 #include "platform/Blanks.h"
 
@@ -36,6 +38,7 @@ RestoreOutcome RestoreDrawing(Session& session, const QString& name, const QStri
         messages.Refuse(QStringLiteral("No Drawing Restored !"));
         return RestoreOutcome::Done;
     }
+    KeepPreviousVersion(session, target + QStringLiteral("drw"), RestoredFromUndo);
     files.Copy(g.RestoreStem + QStringLiteral("drw"), target + QStringLiteral("drw"));
     const QString undoArea = g.RestoreStem.left(g.RestoreStem.lastIndexOf(u'\\') + 1);
     for (const QString& companion : files.Find(g.RestoreStem + QStringLiteral("b*"), EntryKinds::Files)) {

@@ -1,6 +1,8 @@
 #include "filestore/FileFamily.h"
 
+#include "filestore/HistoryOperations.h"
 #include "filestore/Names.h"
+#include "filestore/ProgramHistory.h"
 #include "platform/Blanks.h"
 
 #include <QList>
@@ -42,8 +44,10 @@ bool DestinationExists(const QStringList& members, int kind) {
     return false;
 }
 
-// Deletes the members of the kind from a family listed beforehand.
-void DeleteMembers(FileSystem& files, const QString& directory, const QStringList& members, int kind) {
+// Deletes the members of the kind from a family listed beforehand; a program or drawing among
+// them is kept in the history first, under the operation that deletes it.
+void DeleteMembers(Session& session, const QString& directory, const QStringList& members, int kind,
+                   const QString& operation) {
     for (const QString& member : members) {
         const QString extension = GetExtension(member);
         bool deleted = false;
@@ -54,8 +58,10 @@ void DeleteMembers(FileSystem& files, const QString& directory, const QStringLis
             const bool nest = extension.compare(QLatin1String("nst"), Qt::CaseInsensitive) == 0;
             deleted = !nest && !(kind == 1 && (extension.isEmpty() || IsProgramMember(extension)));
         }
-        if (deleted)
-            files.Delete(directory + member);
+        if (!deleted)
+            continue;
+        KeepPreviousVersion(session, directory + member, operation);
+        session.files.Delete(directory + member);
     }
 }
 
@@ -112,7 +118,8 @@ void CopyAll(FileSystem& files, const QList<Transfer>& plan) {
 // The overwrite question and the clearing of the old destination family. False when the
 // family is not to be copied.
 bool PrepareDestination(Session& session, const QString& sourceDir, const QString& sourceName,
-                        const QString& destinationDir, const QString& destinationName, int kind) {
+                        const QString& destinationDir, const QString& destinationName, int kind,
+                        const QString& operation) {
     GlobalSettings& g = session.settings;
     if (kind < 1 || kind > 3)
         return false;
@@ -128,7 +135,7 @@ bool PrepareDestination(Session& session, const QString& sourceDir, const QStrin
     g.LastAnswer = Int16::From(int(answer));
     if (answer != Answer::Yes)
         return false;
-    DeleteMembers(session.files, destinationDir, old, kind);
+    DeleteMembers(session, destinationDir, old, kind, operation);
     return true;
 }
 
@@ -160,7 +167,7 @@ int CopyFamily(Session& session, const QString& sourceDir, const QString& source
                const QString& destinationDir, const QString& destinationName, int kind) {
     const QString from = TrimBlanks(sourceName);
     const QString to = TrimBlanks(destinationName);
-    if (!PrepareDestination(session, sourceDir, from, destinationDir, to, kind))
+    if (!PrepareDestination(session, sourceDir, from, destinationDir, to, kind, CopiedOverFrom(sourceDir)))
         return 0;
     CopyAll(session.files, Plan(session, sourceDir, from, destinationDir, to, kind));
     return 1;
@@ -170,7 +177,9 @@ int MoveFamily(Session& session, const QString& sourceDir, const QString& source
                const QString& destinationDir, const QString& destinationName, int kind) {
     const QString from = TrimBlanks(sourceName);
     const QString to = TrimBlanks(destinationName);
-    if (!PrepareDestination(session, sourceDir, from, destinationDir, to, kind))
+    const QString operation = SamePlace(session.files, sourceDir, destinationDir) ? RenamedOverFrom(from)
+                                                                                  : MovedOverFrom(sourceDir);
+    if (!PrepareDestination(session, sourceDir, from, destinationDir, to, kind, operation))
         return 0;
     const QList<Transfer> plan = Plan(session, sourceDir, from, destinationDir, to, kind);
     CopyAll(session.files, plan);
@@ -179,8 +188,10 @@ int MoveFamily(Session& session, const QString& sourceDir, const QString& source
     return 1;
 }
 
-void DeleteFamily(Session& session, const QString& directory, const QString& name, int kind) {
-    DeleteMembers(session.files, directory, FamilyMembers(session.files, directory, TrimBlanks(name)), kind);
+void DeleteFamily(Session& session, const QString& directory, const QString& name, int kind,
+                  const QString& operation) {
+    DeleteMembers(session, directory, FamilyMembers(session.files, directory, TrimBlanks(name)), kind,
+                  operation);
 }
 
 } // namespace kestrova

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Frontend/Session.h"
+#include "filestore/HistoryOperations.h"
 
 #include <QString>
 #include <QStringList>
@@ -56,8 +57,11 @@ namespace kestrova {
 // Deletes the members of a family: kind 1 every member but the program members, the file
 // without extension and the nest file ("usr" and "seq" go with the drawing; the extension as
 // spelled); kind 2 X.prg, X.inf, X.rpt and X.stp; kind 3 every member but the nest file. No
-// question, no result. A nest file always survives.
-void DeleteFamily(Session& session, const QString& directory, const QString& name, int kind);
+// question, no result. A nest file always survives. The program and drawing that go are kept in
+// the history first, under operation: "deleted", or what is about to take their place.
+// Copies and moves keep the destination's old program and drawing the same way.
+void DeleteFamily(Session& session, const QString& directory, const QString& name, int kind,
+                  const QString& operation = Deleted);
 
 // The files of one family as they lie in the directory: names whose base name (everything
 // before the last ".") is the family name in any letter case.

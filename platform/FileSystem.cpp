@@ -442,6 +442,58 @@ void FileSystem::Rename(const QString& from, const QString& to) {
         ThrowFromErrno(ec.value(), target);
 }
 
+bool FileSystem::Link(const QString& existing, const QString& newName) {
+    const Resolved source = Resolve(existing);
+    if (!source.exists)
+        ThrowMissing(source);
+    if (source.isDirectory)
+        throw PathFileAccessError(source.full, QStringLiteral("is a directory"));
+    const Resolved target = Resolve(newName);
+    if (target.exists)
+        throw FileAlreadyExistsError(target.full);
+    if (!target.parentExists)
+        ThrowMissing(target);
+    std::error_code ec;
+    // A second name for a link would be a second link, whose text changes with the file it names
+    // (or which names nothing from another directory): the text itself is copied instead.
+    if (fs::is_symlink(fs::symlink_status(ToFs(source.host), ec)))
+        return false;
+    if (const int fault = InjectedFault(FileStep::Link, target.full))
+        ec = std::error_code(fault, std::generic_category());
+    else
+        fs::create_hard_link(ToFs(source.host), ToFs(target.host), ec);
+    if (!ec) {
+        EntryChanged(ToFs(target.host));
+        return true;
+    }
+    if (ec == std::errc::cross_device_link || ec == std::errc::operation_not_permitted ||
+        ec == std::errc::operation_not_supported || ec == std::errc::too_many_links ||
+        ec == std::errc::function_not_supported)
+        return false;
+    ThrowFromErrno(ec.value(), target);
+}
+
+void FileSystem::ForceToDisk(const QString& p) {
+    const Resolved r = Resolve(p);
+    if (!r.exists)
+        ThrowMissing(r);
+    m_unsettled.Forget(ToFs(r.host).string());
+    CheckFault(FileStep::Sync, r);
+#ifndef _WIN32
+    const auto force = [this, &r](const fs::path& host, int flags) {
+        const int fd = ::open(host.c_str(), flags | O_CLOEXEC);
+        if (fd < 0)
+            ThrowFromErrno(errno, r);
+        const int error = ::fsync(fd) == 0 ? 0 : errno;
+        ::close(fd);
+        if (error != 0)
+            ThrowFromErrno(error, r);
+    };
+    force(ToFs(r.host), O_RDONLY);
+    force(ToFs(r.host).parent_path(), O_RDONLY | O_DIRECTORY);
+#endif
+}
+
 void FileSystem::MakeDirectory(const QString& p) {
     const Resolved r = Resolve(p);
     if (r.exists)

@@ -20,7 +20,7 @@ enum class EntryKinds { Files = 1, Directories = 2, Both = 3 };
 // The steps of the file operations at which the host can fail: opening a file to read it,
 // opening one to write it (a copy's or a rewrite's new text included), each write, the flush and
 // close of a written file, forcing a new text onto the disk, putting a complete new text in
-// place, and the single operations.
+// place, and the single operations (a second name for a file among them).
 enum class FileStep {
     Read,
     Open,
@@ -31,7 +31,8 @@ enum class FileStep {
     Delete,
     Rename,
     MakeDirectory,
-    RemoveDirectory
+    RemoveDirectory,
+    Link
 };
 
 // The host file layer: the one place where the system's paths ("C:\Kestrova\Data\M1.cms")
@@ -93,6 +94,14 @@ public:
     void Delete(const QString& p);
     // Renames a file or directory; the new name must not exist yet.
     void Rename(const QString& from, const QString& to);
+    // Gives the file existing a second name, newName, on the same text: no byte is copied, and
+    // the text stays under newName when existing is later replaced or deleted (both rename a new
+    // file over it or remove the name; neither writes into the old one). False, with nothing
+    // done, where the host cannot: another device, a file system without links, too many links,
+    // or existing is itself a link.
+    [[nodiscard]] bool Link(const QString& existing, const QString& newName);
+    // Forces a file (its text and its name) to the disk now, whatever else waits to be forced.
+    void ForceToDisk(const QString& p);
     void MakeDirectory(const QString& p);
     // The seeding of an installation's directories: makes p unless something of that name is there.
     void MakeDirectoryIfMissing(const QString& p);

@@ -1,5 +1,6 @@
 #include "editing/forms/EditForm.h"
 
+#include "editing/forms/HistoryForm.h"
 #include "filestore/forms/FormParts.h"
 #include "filestore/forms/NameKeyFilter.h"
 #include "filestore/forms/SearchForm.h"
@@ -82,6 +83,7 @@ void EditForm::BuildControls() {
     m_progressBar->hide();
 
     m_search = MakeFormButton(this, QStringLiteral("Search"), QStringLiteral("&Search"));
+    m_history = MakeFormButton(this, QStringLiteral("EditHistory"), QStringLiteral("&History"));
     m_editOk = MakeFormButton(this, QStringLiteral("EditOk"), QStringLiteral("OK"));
     m_editOk->setDefault(true);
     m_editCncl = MakeFormButton(this, QStringLiteral("EditCncl"), QStringLiteral("Cancel"));
@@ -100,6 +102,7 @@ void EditForm::BuildControls() {
     top->addLayout(right, 1);
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(m_search);
+    buttons->addWidget(m_history);
     buttons->addStretch();
     buttons->addWidget(m_editOk);
     buttons->addWidget(m_editCncl);
@@ -113,6 +116,7 @@ void EditForm::BuildControls() {
     connect(m_editList1, &QListWidget::itemDoubleClicked, this, &EditForm::EditOk_Click);
     connect(m_editList2, &QListWidget::itemDoubleClicked, this, &EditForm::EditOk_Click);
     connect(m_search, &QPushButton::clicked, this, &EditForm::Search_Click);
+    connect(m_history, &QPushButton::clicked, this, &EditForm::History_Click);
     connect(m_editOk, &QPushButton::clicked, this, &EditForm::EditOk_Click);
     connect(m_editCncl, &QPushButton::clicked, this, &QDialog::reject);
 }
@@ -126,6 +130,7 @@ void EditForm::Arrange() {
     m_directoryFrame->setVisible(m_layout.directoryFrame);
     m_renumFrame->setVisible(m_layout.renumFrame);
     m_search->setVisible(m_layout.search);
+    m_history->setVisible(m_layout.singleList || m_layout.multiList);
     if (m_layout.nameBox)
         m_nameLabel->setText(QStringLiteral("Program Name"));
     QWidget* first = m_layout.nameBox ? static_cast<QWidget*>(m_editBox) : FileList();
@@ -175,6 +180,17 @@ void EditForm::Search_Click() {
     } catch (const SystemError& error) {
         m_session.messages.ShowError(error.text());
     }
+}
+
+// The history of the program selected in the list (the first of several).
+void EditForm::History_Click() {
+    QString name;
+    for (int i = 0; i < FileList()->count() && name.isEmpty(); ++i)
+        if (FileList()->item(i)->isSelected())
+            name = FileList()->item(i)->text();
+    HistoryForm form(m_session, name.isEmpty() ? name : name + QStringLiteral(".prg"), this);
+    form.exec();
+    FileList()->setFocus();
 }
 
 void EditForm::EditOk_Click() {

@@ -38,6 +38,7 @@ private:
     void FillFiles();
     void DirectoryList_Change();
     void Search_Click();
+    void History_Click();
     void FillLists();
     void EditOk_Click();
     void ShowProgress(const BatchProgress& progress);
@@ -62,6 +63,7 @@ private:
     QLabel* m_progressLabel = nullptr;
     QProgressBar* m_progressBar = nullptr;
     QPushButton* m_search = nullptr;
+    QPushButton* m_history = nullptr;
     QPushButton* m_editOk = nullptr;
     QPushButton* m_editCncl = nullptr;
 };

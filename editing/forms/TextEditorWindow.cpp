@@ -456,6 +456,8 @@ bool TextEditorWindow::Save() {
         return false;
     if (!Modified())
         return true;
+    if (m_keepOld)
+        m_keepOld(m_file);
     try {
         TextWriter writer(m_files, m_file, TextWriter::Mode::Replace);
         writer.WriteBytes(TextBytes());
@@ -484,9 +486,11 @@ void TextEditorWindow::closeEvent(QCloseEvent* event) {
 
 std::unique_ptr<StartedProgram> TextEditorWindow::Open(FileSystem& files, MessageService& messages,
                                                        const QString& file, QWidget& owner,
-                                                       const MachineFrame& machine) {
+                                                       const MachineFrame& machine,
+                                                       std::function<void(const QString&)> keepOld) {
     // A window of its own that stays open while the owner is hidden; deleted when closed.
     auto* window = new TextEditorWindow(files, messages, file, &owner, machine);
+    window->KeepOldTextWith(std::move(keepOld));
     window->setWindowFlag(Qt::Window);
     window->showMaximized();
     window->activateWindow();

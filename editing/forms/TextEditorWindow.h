@@ -7,6 +7,7 @@
 
 #include <QByteArray>
 #include <QMainWindow>
+#include <functional>
 #include <memory>
 
 class QCheckBox;
@@ -70,9 +71,12 @@ public:
 
     // Opens the file in a window of its own, owned by owner (the main window), as a started
     // program that runs while the window is open, for callers that wait for their editor.
-    [[nodiscard]] static std::unique_ptr<StartedProgram> Open(FileSystem& files, MessageService& messages,
-                                                              const QString& file, QWidget& owner,
-                                                              const MachineFrame& machine = {});
+    // keepOld is called with the file just before a save replaces it (the history keeps it).
+    [[nodiscard]] static std::unique_ptr<StartedProgram>
+    Open(FileSystem& files, MessageService& messages, const QString& file, QWidget& owner,
+         const MachineFrame& machine = {}, std::function<void(const QString&)> keepOld = {});
+    // What a save calls with the file just before it replaces it.
+    void KeepOldTextWith(std::function<void(const QString&)> keepOld) { m_keepOld = std::move(keepOld); }
 
     // --- The drawing pane ------------------------------------------------------------------
     void ShowDrawing(bool shown);
@@ -101,6 +105,7 @@ private:
 
     FileSystem& m_files;
     MessageService& m_messages;
+    std::function<void(const QString&)> m_keepOld;
     QString m_file;
     QPlainTextEdit* m_text;
     QSplitter* m_split = nullptr;

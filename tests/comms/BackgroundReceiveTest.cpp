@@ -5,6 +5,8 @@
 
 #include "CommsInstallation.h"
 #include "FaultInjector.h"
+#include "comms/TransferLog.h"
+#include "filestore/ProgramHistory.h"
 
 #include <QDirIterator>
 #include <QFile>
@@ -57,6 +59,7 @@ TEST(BackgroundReceive, WhatArrivesIsFiledByTheHeaderAndTrailerRules) {
         Files filed = {};        // the files' contents afterwards; no other file is added
         QStringList listed = {}; // "Receive.lst" and the receive list
         QStringList absent = {};
+        QStringList kept = {}; // the history's files of a replaced program
         bool receiving = false;
     } cases[] = {
         {.what = "two programs in one chunk; the same in two loses the trailer's last character",
@@ -104,7 +107,9 @@ TEST(BackgroundReceive, WhatArrivesIsFiledByTheHeaderAndTrailerRules) {
                    {NewProgram(2), "raw\r\nbytes \r\n\r\n"},
                    {NewProgram(3), "old three"},
                    {NewProgram(4), "more"}},
-         .listed = {InParts("Cover"), InParts("New Program 2"), InParts("New Program 4")}},
+         .listed = {InParts("Cover") + " (replaced, 3 lines changed)", InParts("New Program 2"),
+                    InParts("New Program 4")},
+         .kept = {"c/Kestrova/History/00000001.prg", "c/Kestrova/History/History.lst"}},
         {.what = "filtered characters still end a program; NULs never pass the line",
          .settings = {{"Trailer", "1,127"}},
          .chunks = {QByteArray("A\0B\x7f"
@@ -171,6 +176,7 @@ TEST(BackgroundReceive, WhatArrivesIsFiledByTheHeaderAndTrailerRules) {
         }
         if (!c.listed.isEmpty())
             added << QStringLiteral("c/Kestrova/Receive.lst");
+        added << c.kept;
         const auto newFiles = [&](QStringList files) {
             for (const QString& f : before + QStringList{"c/Kestrova/Receive.tmp", "c/Kestrova/Transfer.log"})
                 files.removeAll(f);
@@ -530,4 +536,28 @@ TEST_F(BackgroundReceiveTest, AMissingOrLostDeviceIsToldOnceAndWatchedForUntilIt
     receive->Stop();
     EXPECT_EQ(receive->LineState(), BackgroundLineState::Off);
     EXPECT_FALSE(l.Watching());
+}
+
+// The same program received again: with changes it replaces the stored one, which the history
+// keeps, and the list and the log count the changed lines; the same text again is unchanged.
+TEST_F(BackgroundReceiveTest, AProgramReceivedOverItsStoredTextIsToldApart) {
+    Start();
+    const QByteArray header = "\x17PUNCH1\r\n\x18Parts\r\n\x19P100\r\n";
+    line->Feed(header + "N10 G90\r\nN20 X1\r\nN30 M30\r\n%");
+    line->Feed(header + "N10 G90\r\nN20 X2\r\nN30 M30\r\n%");
+    line->Feed(header + "N10 G90\r\nN20 X2\r\nN30 M30\r\n%");
+    EXPECT_EQ(fx.Read(Parts + "P100.prg"), "N10 G90\r\nN20 X2\r\nN30 M30\r\n");
+    EXPECT_EQ(receive->ReceiveList().entries,
+              (QStringList{InParts("P100"), InParts("P100") + " (replaced, 1 line changed)",
+                           InParts("P100") + " (unchanged)"}));
+    const QStringList log = LastTransferLogLines(fx.session(), 3);
+    ASSERT_EQ(log.size(), 3);
+    EXPECT_TRUE(log[0].endsWith("bytes  received")) << log[0].toStdString();
+    EXPECT_TRUE(log[1].endsWith("bytes  received (replaced, 1 line changed)")) << log[1].toStdString();
+    EXPECT_TRUE(log[2].endsWith("bytes  received (unchanged)")) << log[2].toStdString();
+    const ProgramHistory history(fx.Files(), fx.Settings().SystemPath);
+    const QList<HistoryVersion> versions = history.Versions(Parts + "P100.prg");
+    ASSERT_EQ(versions.size(), 2) << "the first text, then the second once";
+    EXPECT_EQ(versions[0].operation, "received on COM2");
+    EXPECT_EQ(history.Bytes(versions[1]), "N10 G90\r\nN20 X1\r\nN30 M30\r\n");
 }

@@ -4,10 +4,11 @@
 // nothing of the machine's, settings that cannot serve, a reload and a stop.
 #include "comms/DncService.h"
 
-#include "CommsInstallation.h"
+#include "DncInstallation.h"
 #include "comms/DncRequest.h"
 #include "comms/SendEngine.h"
 #include "comms/TransferLog.h"
+#include "filestore/ProgramHistory.h"
 
 #include <QTimer>
 #include <gtest/gtest.h>
@@ -15,81 +16,6 @@
 
 using namespace kestrova;
 using namespace kestrova::testing;
-
-namespace {
-
-const QString DncCfg = QStringLiteral("C:\\Kestrova\\Dnc.cfg");
-
-QString CmsOf(const QString& machine) {
-    return QStringLiteral("C:\\Kestrova\\Setup\\Data\\") + machine + QStringLiteral(".cms");
-}
-
-// The installation with machines 1 to count, machine n on COMn, all served.
-QStringList ServeMachines(InstallationFixture& fx, int count) {
-    QStringList dirs{"PUNCH1", "RAINER", "LASER"};
-    QStringList list = fx.ReadLines("C:\\Kestrova\\Machine.lst").mid(0, 3);
-    for (int n = 4; n <= count; ++n) {
-        const QString dir = QStringLiteral("M%1").arg(n);
-        dirs << dir;
-        list << QStringLiteral("%1,\"Machine %1\",\"%2\",\"Setman\",\"P\"").arg(n).arg(dir);
-        fx.WriteLines(CmsOf(dir), fx.ReadLines(CmsOf("PUNCH1")));
-        fx.WriteLines(QStringLiteral("C:\\Jobs\\%1\\Parts\\Seed.prg").arg(dir), {"%", "G00 X%1", "%"});
-    }
-    fx.WriteLines("C:\\Kestrova\\Machine.lst", list << "******");
-    QStringList cfg;
-    for (int n = 1; n <= count; ++n) {
-        SetValues(fx, CmsOf(dirs.at(n - 1)), {{"Port", QString::number(n)}});
-        cfg << LabelledLine("Machine", n == 2 ? QStringLiteral("2, Kestrova") : QString::number(n));
-    }
-    fx.WriteLines(DncCfg, cfg << "******");
-    return dirs.mid(0, count);
-}
-
-// The service over scripted lines, one per port.
-struct ScriptedService {
-    ScriptedService() { TestApplication(); }
-    void Start() {
-        service = std::make_unique<DncService>(fx.session(), [this](int port) {
-            auto line = std::make_unique<ScriptedSerialLine>();
-            lines[port] = line.get();
-            return line;
-        });
-        service->Start();
-    }
-    InstallationFixture fx;
-    std::map<int, ScriptedSerialLine*> lines;
-    std::unique_ptr<DncService> service;
-};
-
-// What the send engine puts on a line for the program at path, sent to the served machine.
-QByteArray EngineStream(InstallationFixture& fx, const DncLineSetup& setup, const QString& directory,
-                        const QString& program, const QString& path) {
-    ScriptedSerialLine line;
-    SendEngine engine(line, PauseTimer::Shared());
-    engine.SetSettings(setup.Send);
-    engine.SetMachine(setup.Machine);
-    // The control's start, once the engine has opened the line to wait for it.
-    QTimer start;
-    QObject::connect(&start, &QTimer::timeout, [&] {
-        if (line.PortOpen()) {
-            line.Feed("\x11");
-            start.stop();
-        }
-    });
-    start.start(1);
-    EXPECT_EQ(engine.SendProgram(fx.Files(), directory, program, path, fx.Files().Length(path)),
-              SendEnd::Sent);
-    return line.Sent();
-}
-
-bool AllIdle(const DncService& service) {
-    for (const auto& [port, line] : service.Lines())
-        if (line->State() == DncLineState::Sending || line->State() == DncLineState::Receiving)
-            return false;
-    return true;
-}
-
-} // namespace
 
 TEST(DncRequest, OnlyALoneRequestIsOneAndItNeverReadsOutsideTheMachine) {
     InstallationFixture fx;
@@ -212,6 +138,12 @@ TEST(DncService, SettingsThatCannotServeNameTheFileAndLine) {
         {"bad directory",
          {"Machine : 1, ..\\x", "******"},
          "C:\\Kestrova\\Dnc.cfg, line 1: \"..\\x\" is not a directory name"},
+        {"form without a name",
+         {"Machine : 1", "Request Form : 1, (PROGRAM)", "******"},
+         "C:\\Kestrova\\Dnc.cfg, line 2: \"(PROGRAM)\" is not a request form"},
+        {"form of a machine not served",
+         {"Request Form : 3, (P=*)", "Machine : 1", "******"},
+         "C:\\Kestrova\\Dnc.cfg, line 1: machine 3 is not served"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
@@ -279,6 +211,26 @@ TEST(DncService, TheStartThatComesWithTheRequestStartsTheAnswer) {
     EXPECT_EQ(Contents(s.fx, "C:\\Jobs\\PUNCH1\\Archive\\New Program 1.prg"), "G01 X5\r\n");
 }
 
+// A machine whose control asks in its own words: its form is the one answered, the default one is
+// filed as a program of that machine, and the other machines keep the default.
+TEST(DncService, EachMachineIsAskedInTheFormItsSettingsGive) {
+    ScriptedService s;
+    ServeMachines(s.fx, 3);
+    s.fx.WriteLines(DncCfg, {LabelledLine("Request Form", "1, (program *)"), LabelledLine("Machine", "1"),
+                             LabelledLine("Machine", "3"), "******"});
+    s.fx.Load();
+    s.Start();
+    s.lines.at(1)->Feed("(PROGRAM Parts\\Cover)\r\n%\x11");
+    s.lines.at(3)->Feed("(PRG=Plate)\r\n%\x11");
+    ASSERT_TRUE(RunEventsUntil([&] { return AllIdle(*s.service); }));
+    EXPECT_EQ(s.lines.at(1)->Sent(), EngineStream(s.fx, s.service->Lines().at(1)->Setup(), "Parts", "Cover",
+                                                  "C:\\Jobs\\PUNCH1\\Parts\\Cover.prg"));
+    EXPECT_EQ(s.lines.at(3)->Sent(), EngineStream(s.fx, s.service->Lines().at(3)->Setup(), "Kestrova",
+                                                  "Plate", "C:\\Jobs\\LASER\\Kestrova\\Plate.prg"));
+    s.lines.at(1)->Feed("(PRG=Cover)\r\n%");
+    EXPECT_EQ(Contents(s.fx, "C:\\Jobs\\PUNCH1\\Archive\\New Program 1.prg"), "(PRG=Cover)\r\n");
+}
+
 // The main window beside a running service: it leaves the port the service holds, its list
 // follows what the service files, and it listens itself again once the service has gone.
 TEST(DncService, TheWindowLeavesTheServedPortAndFollowsTheServicesList) {
@@ -300,4 +252,36 @@ TEST(DncService, TheWindowLeavesTheServedPortAndFollowsTheServicesList) {
     ASSERT_TRUE(RunEventsUntil([&] { return s.line->PortOpen(); }));
     EXPECT_EQ(s.receive->LineState(), BackgroundLineState::Listening);
     EXPECT_TRUE(fx.Messages().Texts().isEmpty());
+}
+
+// A program the service receives over a stored one of its name keeps the stored text in the
+// history, and the log and the list count the changed lines, as the background receive of the
+// main window does.
+TEST(DncService, AProgramReceivedOverAStoredOneKeepsItsHistory) {
+    ScriptedService s;
+    ServeMachines(s.fx, 1);
+    s.fx.Load();
+    s.Start();
+    const QByteArray header = "\x17PUNCH1\r\n\x18Parts\r\n\x19P7\r\n";
+    for (const QByteArray text : {"G01 X1\r\nM30\r\n", "G01 X2\r\nM30\r\n", "G01 X2\r\nM30\r\n"}) {
+        s.lines.at(1)->Feed(header + text + "%");
+        ASSERT_TRUE(RunEventsUntil([&] { return AllIdle(*s.service); }));
+    }
+    const QString filed = Parts + "P7.prg";
+    EXPECT_EQ(Contents(s.fx, filed), "G01 X2\r\nM30\r\n");
+    const QStringList list = s.fx.ReadLines("C:\\Kestrova\\Receive.lst");
+    ASSERT_EQ(list.size(), 3);
+    EXPECT_FALSE(list[0].contains("(")) << list[0].toStdString();
+    EXPECT_TRUE(list[1].endsWith(" (replaced, 1 line changed)")) << list[1].toStdString();
+    EXPECT_TRUE(list[2].endsWith(" (unchanged)")) << list[2].toStdString();
+    const QStringList log = LastTransferLogLines(s.fx.session(), 3);
+    ASSERT_EQ(log.size(), 3);
+    EXPECT_TRUE(log[1].endsWith("received (replaced, 1 line changed)")) << log[1].toStdString();
+    EXPECT_TRUE(log[2].endsWith("received (unchanged)")) << log[2].toStdString();
+    const ProgramHistory history(s.fx.Files(), s.fx.Settings().SystemPath);
+    const QList<HistoryVersion> versions = history.Versions(filed);
+    ASSERT_EQ(versions.size(), 2);
+    EXPECT_EQ(versions[0].operation, "received on COM1");
+    EXPECT_EQ(history.Bytes(versions[1]), "G01 X1\r\nM30\r\n");
+    EXPECT_TRUE(s.fx.Messages().Texts().isEmpty());
 }

@@ -4,7 +4,9 @@
 #include "EventScript.h"
 #include "FaultInjector.h"
 #include "comms/ReceiveFormLogic.h"
+#include "comms/TransferLog.h"
 #include "filestore/LastFile.h"
+#include "filestore/ProgramHistory.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -287,3 +289,23 @@ TEST_F(ReceiveFormLogicTest, AProgramThatCannotBeStoredIsKeptAndNamed) {
 }
 
 } // namespace
+
+// A program received over a stored one: the stored text goes to the history as received on the
+// port, and the transfer log tells how many lines changed.
+TEST_F(ReceiveFormLogicTest, AReceivedProgramOverAStoredOneKeepsItAndCountsTheChangedLines) {
+    const QString cover = Parts + "Cover.prg";
+    fx.Write(cover, "N1\r\nX1\r\n%");
+    fx.Messages().Script({Answer::Yes});
+    FeedWhenWaiting({"N1\nX2\nM30\n%"});
+    EXPECT_EQ(logic.ReceiveOk_Click("Cover"), ReceiveOkOutcome::Close);
+    EXPECT_EQ(fx.Read(cover), "N1\r\nX2\r\nM30\r\n%");
+    const QList<HistoryVersion> versions =
+        ProgramHistory(fx.Files(), fx.Settings().SystemPath).Versions(cover);
+    ASSERT_EQ(versions.size(), 1);
+    EXPECT_EQ(versions[0].operation, "received on COM1");
+    EXPECT_EQ(fx.Read(versions[0].file), "N1\r\nX1\r\n%");
+    EXPECT_TRUE(
+        LastTransferLogLines(fx.session(), 1).value(0).endsWith("  received (replaced, 2 lines changed)"))
+        << LastTransferLogLines(fx.session(), 1).value(0).toStdString();
+    EXPECT_EQ(fx.Messages().Texts().last(), "\"Cover\" Received !");
+}

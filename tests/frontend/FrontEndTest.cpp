@@ -79,8 +79,9 @@ TEST_F(FrontEndTest, TheWindowOpensWithItsControlsStatusAndEveryMenuSetUp) {
         {"&File/Rainer", "&Export|&Import|Delete|Format"},
         {"&Edit",
          "&Edit Program|New Program|Renumber Program|Strip Numbers|Remove Spaces|View Program Report|"
-         "View Nest Report"},
-        {"&Communications", "&Send Program|&Receive Program|Send Executive|Receive Executive|Transfer &Log"},
+         "View Nest Report|Program &History"},
+        {"&Communications",
+         "&Send Program|&Receive Program|Send Executive|Receive Executive|Transfer &Log|DNC &Monitor"},
         {"&Setup", "&Tool Library|&Material Database|&Profile Settings|Stock Manager|Shapes && Tooling|"
                    "Edit Data Files|Restore Defaults|Export System Setup"},
         {data, "Text Editor|Measurement System|Backup Software|Machine Specifications|Drawing Package|"

@@ -90,6 +90,16 @@ void ScriptedSerialLine::Feed(const QByteArray& bytes) {
     if (!m_open)
         return;
     QByteArray data = bytes;
+    // As the real line: under XON/XOFF the two characters hold and release the output, and the
+    // program never reads them.
+    if (Handshaking() & 1) {
+        for (const char c : bytes)
+            if (c == 19)
+                HoldOutput(true);
+            else if (c == 17)
+                HoldOutput(false);
+        data.removeIf([](char c) { return c == 17 || c == 19; });
+    }
     if (NullDiscard())
         data.removeIf([](char c) { return c == '\0'; });
     m_input += data;
