@@ -369,6 +369,9 @@ TEST_F(NetLinePty, TheDncServiceServesADeviceServerThatIsOffAtFirstAndConnectsAg
         SCOPED_TRACE(name.constData());
         server->Start();
         ASSERT_TRUE(RunEventsUntil([&] { return served.State() == DncLineState::Listening; }, 5000));
+        // Its return is told too, for the service's journal.
+        EXPECT_EQ(fx.Messages().Texts(), QStringList{"COM5: the device is back; listening for PUNCH1"});
+        fx.Messages().Clear();
         ASSERT_TRUE(RunEventsUntil([&] { return control->Opened(); }, 3000));
         control->Write("\x17PUNCH1\r\n\x18Parts\r\n\x19" + name + "\r\nG1 X10\r\n%");
         const QString filed = Parts + QString::fromLatin1(name) + ".prg";
