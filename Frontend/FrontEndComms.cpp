@@ -4,7 +4,7 @@
 #include "comms/forms/ReceiveForm.h"
 #include "comms/forms/SendForm.h"
 #include "comms/forms/TransferLogForm.h"
-#include "platform/QtSerialLine.h"
+#include "platform/MappedSerialLine.h"
 
 namespace kestrova {
 
@@ -12,7 +12,7 @@ SerialLineFactory FrontEnd::FormLines() const {
     if (m_formLines)
         return m_formLines;
     const DeviceMap& devices = m_session.files.Devices();
-    return [&devices] { return std::make_unique<QtSerialLine>(devices); };
+    return [&devices] { return std::make_unique<MappedSerialLine>(devices); };
 }
 
 void FrontEnd::OpenSendForm(SendKind kind) {

@@ -3,13 +3,13 @@
 #include "Frontend/FrontEnd.h"
 #include "Frontend/StatusBox.h"
 #include "comms/BackgroundReceive.h"
-#include "platform/QtSerialLine.h"
+#include "platform/MappedSerialLine.h"
 
 namespace kestrova {
 
 void FrontEnd::SetUpBackgroundReceive(std::unique_ptr<SerialLine> line) {
     if (!line)
-        line = std::make_unique<QtSerialLine>(m_session.files.Devices());
+        line = std::make_unique<MappedSerialLine>(m_session.files.Devices());
     line->setObjectName(QStringLiteral("RcvComms"));
     m_receive = std::make_unique<BackgroundReceive>(m_session, std::move(line));
 

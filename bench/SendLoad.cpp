@@ -4,12 +4,8 @@
 // the processor time of both while the machine reads at a 115,200-baud line's pace.
 //
 //   bench_send_load [kilobytes] [paced-kilobytes]
-#include "CpuTime.h"
-#include "EventScript.h"
-#include "InstallationFixture.h"
-#include "SimulatorProcess.h"
+#include "EngineSend.h"
 #include "TestApplication.h"
-#include "comms/SendFormLogic.h"
 #include "platform/QtSerialLine.h"
 #include "settings/SettingsFile.h"
 
@@ -18,13 +14,11 @@
 
 using namespace kestrova;
 using namespace kestrova::testing;
+using kestrova::bench::EngineSend;
+using kestrova::bench::Figures;
+using kestrova::bench::WriteLoadProgram;
 
 namespace {
-
-struct Figures {
-    double seconds;
-    double cpu;
-};
 
 // The same bytes and trailer written straight to the line, as fast as it takes them.
 Figures PlainWrite(SimulatorProcess& machine, SerialLine& line, const QByteArray& bytes,
@@ -48,28 +42,6 @@ Figures PlainWrite(SimulatorProcess& machine, SerialLine& line, const QByteArray
     return {double(wall.nsecsElapsed()) / 1e9, cpu};
 }
 
-// The program sent by the send form's logic, the machine asking with XON.
-Figures EngineSend(InstallationFixture& fx, SimulatorProcess& machine, SerialLine& line,
-                   const QString& options, const QString& recorded) {
-    SendEngine engine(line, PauseTimer::Shared());
-    SendFormLogic logic(fx.session(), engine, SendKind::Program);
-    logic.Form_Load();
-    QObject script;
-    QElapsedTimer wall;
-    double cpu0 = 0;
-    When(
-        &script, [&] { return engine.Phase() == SendPhase::Waiting && line.PortOpen(); },
-        [&] {
-            machine.Start("receive " + recorded + " start=17 trailer=1,37 " + options);
-            wall.start();
-            cpu0 = CpuSeconds();
-        });
-    logic.SendOk_Click({QStringLiteral("Load")});
-    const double cpu = CpuSeconds() - cpu0;
-    machine.Finish(QStringLiteral("receive"), 600000);
-    return {double(wall.nsecsElapsed()) / 1e9, cpu};
-}
-
 } // namespace
 
 int main(int argc, char** argv) {
@@ -86,17 +58,7 @@ int main(int argc, char** argv) {
     QtSerialLine line(fx.Files().Devices());
     const QString recorded = fx.Root() + QStringLiteral("/recorded.bin");
 
-    auto program = [&](int size) {
-        QByteArray text;
-        for (int n = 10; text.size() < size * 1024; n += 10)
-            text += "N" + QByteArray::number(n) + " G01 X" + QByteArray::number(n % 2500) + ".5 Y12.25\r\n";
-        text.truncate(size * 1024 - 2);
-        text += "\r\n";
-        fx.Write("C:\\Jobs\\PUNCH1\\Parts\\Load.prg", text);
-        return text;
-    };
-
-    const QByteArray big = program(kilobytes);
+    const QByteArray big = WriteLoadProgram(fx, kilobytes);
     const double mb = double(big.size()) / 1e6;
     const Figures plain = PlainWrite(machine, line, big, QStringLiteral("idle=5000"), recorded);
     const Figures sent = EngineSend(fx, machine, line, QStringLiteral("idle=5000"), recorded);
@@ -107,7 +69,7 @@ int main(int argc, char** argv) {
         "  send engine              %8.1f KB/s   %6.2f s   CPU %5.2f s   %.2f x the baseline's time\n",
         mb * 1000 / sent.seconds, sent.seconds, sent.cpu, sent.seconds / plain.seconds);
 
-    const QByteArray paced = program(pacedKilobytes);
+    const QByteArray paced = WriteLoadProgram(fx, pacedKilobytes);
     const QString pace = QStringLiteral("idle=5000 pace=115200");
     const Figures plainPaced = PlainWrite(machine, line, paced, pace, recorded);
     const Figures sentPaced = EngineSend(fx, machine, line, pace, recorded);

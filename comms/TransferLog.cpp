@@ -8,10 +8,12 @@
 
 namespace kestrova {
 
-QString TransferLogLine(const TransferRecord& record) {
+QString TransferLogLine(const TransferRecord& record, const QString& host) {
+    const QString port =
+        host.isEmpty() ? PortName(record.Port) : PortName(record.Port) + QStringLiteral(" at ") + host;
     return QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")) +
-           QStringLiteral("  ") + record.Machine + QStringLiteral("  ") + PortName(record.Port) +
-           QStringLiteral("  ") + record.Program + QStringLiteral("  ") + QString::number(record.Bytes) +
+           QStringLiteral("  ") + record.Machine + QStringLiteral("  ") + port + QStringLiteral("  ") +
+           record.Program + QStringLiteral("  ") + QString::number(record.Bytes) +
            QStringLiteral(" bytes  ") + record.Result;
 }
 
@@ -20,7 +22,8 @@ void AppendTransferLog(Session& session, const TransferRecord& record) {
     try {
         // One line, its line end included, in one write at the end of the file.
         TextWriter log(session.files, path, TextWriter::Mode::Append);
-        log.WriteBytes(ToBytes(TransferLogLine(record) + QStringLiteral("\r\n")));
+        const QString host = session.files.Devices().PortHost(record.Port);
+        log.WriteBytes(ToBytes(TransferLogLine(record, host) + QStringLiteral("\r\n")));
         log.Close();
     } catch (const SystemError& e) {
         qWarning().noquote()

@@ -4,7 +4,7 @@
 #include "ServiceMessages.h"
 #include "comms/DncService.h"
 #include "platform/HostSignal.h"
-#include "platform/QtSerialLine.h"
+#include "platform/MappedSerialLine.h"
 #include "platform/ServiceManager.h"
 #include "platform/TerminationSignals.h"
 
@@ -45,7 +45,7 @@ int main(int argc, char* argv[]) {
     ServiceMessages messages;
     Session session{settings, files, messages};
     const DeviceMap devices = files.Devices();
-    DncService service(session, [&devices](int) { return std::make_unique<QtSerialLine>(devices); });
+    DncService service(session, [&devices](int) { return std::make_unique<MappedSerialLine>(devices); });
     try {
         service.Start();
     } catch (const DncConfigError& e) {

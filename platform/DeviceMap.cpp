@@ -115,11 +115,21 @@ DeviceMap DeviceMap::Parse(const QByteArray& text, const QString& baseHostDir, c
             map.SetDrive(*drive, kind == QLatin1String("fixed") ? DriveKind::Fixed : DriveKind::Removable,
                          CleanHostRoot(hostPath, baseHostDir));
         } else if (const int port = PortNumberOf(device); port > 0) {
-            if (kind != QLatin1String("port")) {
-                warn(QStringLiteral("a serial port is of the kind \"port\""));
+            if (kind == QLatin1String("port")) {
+                map.SetPort(port, CleanHostRoot(hostPath, baseHostDir));
                 continue;
             }
-            map.SetPort(port, CleanHostRoot(hostPath, baseHostDir));
+            const bool tcp = kind == QLatin1String("tcp");
+            if (!tcp && kind != QLatin1String("rfc2217")) {
+                warn(QStringLiteral("a serial port is of the kind \"port\", \"tcp\" or \"rfc2217\""));
+                continue;
+            }
+            const std::optional<NetAddress> address = ParseNetAddress(hostPath);
+            if (!address) {
+                warn(QStringLiteral("expected a device server as HOST:PORT"));
+                continue;
+            }
+            map.SetNetworkPort(port, tcp ? PortKind::Tcp : PortKind::Rfc2217, *address);
         } else {
             warn(QStringLiteral("unknown device"));
         }
@@ -138,15 +148,24 @@ QList<DriveMapping> DeviceMap::Drives() const {
     return m_drives.values();
 }
 
-QString DeviceMap::PortDevice(int port) const {
+PortMapping DeviceMap::Port(int port) const {
     const auto it = m_ports.constFind(port);
     if (it != m_ports.constEnd())
         return *it;
 #ifdef _WIN32
-    return QStringLiteral("COM%1").arg(port);
+    return {PortKind::Device, QStringLiteral("COM%1").arg(port), {}};
 #else
-    return QStringLiteral("/dev/ttyS%1").arg(port - 1);
+    return {PortKind::Device, QStringLiteral("/dev/ttyS%1").arg(port - 1), {}};
 #endif
+}
+
+QString DeviceMap::PortDevice(int port) const {
+    return Port(port).device;
+}
+
+QString DeviceMap::PortHost(int port) const {
+    const PortMapping mapping = Port(port);
+    return mapping.kind == PortKind::Device ? QString() : mapping.address.Text();
 }
 
 void DeviceMap::SetDrive(QChar letter, DriveKind kind, const QString& hostRoot) {
@@ -155,7 +174,11 @@ void DeviceMap::SetDrive(QChar letter, DriveKind kind, const QString& hostRoot) 
 }
 
 void DeviceMap::SetPort(int port, const QString& device) {
-    m_ports.insert(port, device);
+    m_ports.insert(port, {PortKind::Device, device, {}});
+}
+
+void DeviceMap::SetNetworkPort(int port, PortKind kind, const NetAddress& address) {
+    m_ports.insert(port, {kind, QString(), address});
 }
 
 } // namespace kestrova

@@ -20,4 +20,10 @@ struct LineCounters {
 // for each break received.
 [[nodiscard]] QList<CommEvent> EventsBetween(const LineCounters& before, const LineCounters& after);
 
+// The events between two readings of the levels alone (where no counts are kept): a changed
+// level stands for one change.
+[[nodiscard]] inline LineCounters LevelsAsCounters(bool cts, bool dsr, bool cd) {
+    return {int(cts), int(dsr), int(cd), 0};
+}
+
 } // namespace kestrova

@@ -1,6 +1,7 @@
 #include "platform/QtSerialLine.h"
 
 #include "platform/Errors.h"
+#include "platform/FlowControl.h"
 #include "platform/TextFile.h"
 
 #include <QFileInfo>
@@ -15,8 +16,6 @@ namespace kestrova {
 
 namespace {
 
-constexpr char Xon = 17;
-constexpr char Xoff = 19;
 // A device that reports its modem lines but cannot wait for their changes is looked at this
 // often (its counters still catch every pulse in between).
 constexpr int ModemPollMs = 500;
@@ -261,10 +260,7 @@ int QtSerialLine::OutBufferCount() const {
 }
 
 QString QtSerialLine::Input() {
-    const qsizetype take = InputLen() > 0 ? qMin<qsizetype>(InputLen(), m_input.size()) : m_input.size();
-    const QString text = FromBytes(m_input.left(take));
-    m_input.remove(0, take);
-    return text;
+    return TakeInput(m_input);
 }
 
 void QtSerialLine::Output(const QString& text) {
@@ -298,24 +294,9 @@ void QtSerialLine::OnReadyRead() {
 
 bool QtSerialLine::TakeArrived() {
     QByteArray data = m_port.readAll();
-    if (Handshaking() & 1) {
-        bool changed = false;
-        for (char c : data) {
-            if (c == Xoff) {
-                m_xoff = true;
-                changed = true;
-            } else if (c == Xon) {
-                m_xoff = false;
-                changed = true;
-            }
-        }
-        if (changed) {
-            data.removeIf([](char c) { return c == Xon || c == Xoff; });
-            if (!m_xoff && !m_held.isEmpty()) {
-                m_port.write(m_held);
-                m_held.clear();
-            }
-        }
+    if ((Handshaking() & 1) && TakeFlowControl(data, m_xoff) && !m_xoff && !m_held.isEmpty()) {
+        m_port.write(m_held);
+        m_held.clear();
     }
     if (NullDiscard())
         data.removeIf([](char c) { return c == '\0'; });
@@ -399,12 +380,7 @@ void QtSerialLine::LookAtModemLines() {
         events = EventsBetween(m_counters, *now);
         m_counters = *now;
     } else {
-        if (cts != m_cts)
-            events << CommEvent::CtsChange;
-        if (dsr != m_dsr)
-            events << CommEvent::DsrChange;
-        if (cd != m_cd)
-            events << CommEvent::CdChange;
+        events = EventsBetween(LevelsAsCounters(m_cts, m_dsr, m_cd), LevelsAsCounters(cts, dsr, cd));
     }
     m_cts = cts;
     m_dsr = dsr;

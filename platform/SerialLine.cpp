@@ -2,6 +2,7 @@
 
 #include "platform/Blanks.h"
 #include "platform/Errors.h"
+#include "platform/TextFile.h"
 
 #include <QStringList>
 
@@ -46,6 +47,13 @@ SerialLine::SerialLine(QObject* parent) : QObject(parent) {
             [this] { Expired(m_ctsWatch, CtsLow(), CommEvent::CtsTimeOut); });
     connect(&m_cdWatch.timer, &QTimer::timeout, this,
             [this] { Expired(m_cdWatch, CarrierLow(), CommEvent::CdTimeOut); });
+}
+
+QString SerialLine::TakeInput(QByteArray& buffer) const {
+    const qsizetype take = m_inputLen > 0 ? qMin<qsizetype>(m_inputLen, buffer.size()) : buffer.size();
+    const QString text = FromBytes(buffer.left(take));
+    buffer.remove(0, take);
+    return text;
 }
 
 void SerialLine::SetCTSTimeout(int ms) {

@@ -127,6 +127,8 @@ Q_SIGNALS:
     void DeviceMayBeBack();
 
 protected:
+    // Takes what Input returns from the line's input buffer: up to InputLen characters (all when 0).
+    [[nodiscard]] QString TakeInput(QByteArray& buffer) const;
     // Called after a set-up property changed, so that an open port can take the new value.
     virtual void PropertyChanged(const char* name) { Q_UNUSED(name); }
     // Called by a line whenever the port opened or closed, a modem line changed, the handshaking

@@ -83,6 +83,14 @@ bool PtyControl::Opened() const {
     return ::poll(&p, 1, 0) >= 0 && !(p.revents & POLLHUP);
 }
 
+std::optional<termios> PtyControl::Settings() const {
+    // The master reads the terminal's settings as its device side has them.
+    termios t{};
+    if (m_master < 0 || ::tcgetattr(m_master, &t) != 0)
+        return std::nullopt;
+    return t;
+}
+
 void PtyControl::Unlink() {
     QFile::remove(m_link);
 }

@@ -2,6 +2,8 @@
 
 #include <QByteArray>
 #include <QString>
+#include <optional>
+#include <termios.h>
 
 namespace kestrova::testing {
 
@@ -23,6 +25,8 @@ public:
     [[nodiscard]] QByteArray Read(int ms = 0);
     // The program has the line open.
     [[nodiscard]] bool Opened() const;
+    // The settings the device's user gave the pseudo-terminal.
+    [[nodiscard]] std::optional<termios> Settings() const;
     // The device goes away: the line hangs up and the link is removed.
     void Remove();
     // Only the link goes (a device node removed): a line already open goes on working.

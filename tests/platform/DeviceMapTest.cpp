@@ -51,3 +51,55 @@ TEST(DeviceMap, SkipsLinesThatDoNotParseWithAWarningNamingTheLine) {
     // A drive the map names replaces its default.
     EXPECT_EQ(map.Drive(u'Z')->hostRoot, QStringLiteral("/z"));
 }
+
+TEST(DeviceMap, PortsOnTheNetworkTakeAHostAndAPortAndAMalformedOneIsSkippedAlone) {
+    struct Case {
+        const char* line;
+        PortKind kind; // what COM5 is afterwards (Device: the line was skipped)
+        const char* host;
+        int port;
+    };
+    const Case cases[] = {
+        {"COM5 tcp shop-ds1:4001", PortKind::Tcp, "shop-ds1", 4001},
+        {"com5 RFC2217 10.0.0.7:2217", PortKind::Rfc2217, "10.0.0.7", 2217},
+        {"COM5 rfc2217 [::1]:2217", PortKind::Rfc2217, "::1", 2217},
+        {"COM5 tcp ds.shop.example:65535", PortKind::Tcp, "ds.shop.example", 65535},
+        {"COM5 tcp shop-ds1", PortKind::Device, "", 0},
+        {"COM5 tcp shop-ds1:", PortKind::Device, "", 0},
+        {"COM5 tcp shop-ds1:0", PortKind::Device, "", 0},
+        {"COM5 tcp shop-ds1:65536", PortKind::Device, "", 0},
+        {"COM5 tcp shop-ds1:40x1", PortKind::Device, "", 0},
+        {"COM5 tcp shop_ds1:4001", PortKind::Device, "", 0},
+        {"COM5 tcp -shop:4001", PortKind::Device, "", 0},
+        {"COM5 tcp 10.0.0.300:4001", PortKind::Device, "", 0},
+        {"COM5 tcp 10.0.7:4001", PortKind::Device, "", 0},
+        {"COM5 tcp ::1:2217", PortKind::Device, "", 0},
+        {"COM5 rfc2217 [::1:2217", PortKind::Device, "", 0},
+        {"COM5 rfc2217 [shop-ds1]:2217", PortKind::Device, "", 0},
+        {"COM5 tcp shop-ds1:4001 extra", PortKind::Device, "", 0},
+        {"COM5 telnet shop-ds1:4001", PortKind::Device, "", 0},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.line);
+        const DeviceMap map = DeviceMap::Parse(QByteArray("COM1 port /dev/ttyUSB0\n") + c.line +
+                                                   "\nCOM6 tcp 127.0.0.1:7001\n******\n",
+                                               QStringLiteral("/start"));
+        const PortMapping com5 = map.Port(5);
+        EXPECT_EQ(com5.kind, c.kind);
+        EXPECT_EQ(map.Warnings().size(), c.kind == PortKind::Device ? 1 : 0);
+        if (c.kind == PortKind::Device) {
+            EXPECT_TRUE(map.Warnings().first().contains(QStringLiteral("line 2")));
+            EXPECT_EQ(com5.device, QStringLiteral("/dev/ttyS4")); // the default, as without the line
+            EXPECT_TRUE(map.PortHost(5).isEmpty());
+        } else {
+            EXPECT_EQ(com5.address.host, QString::fromLatin1(c.host));
+            EXPECT_EQ(com5.address.port, c.port);
+            EXPECT_TRUE(com5.device.isEmpty());
+        }
+        // The lines around it are read as ever.
+        EXPECT_EQ(map.PortDevice(1), QStringLiteral("/dev/ttyUSB0"));
+        EXPECT_EQ(map.PortHost(6), QStringLiteral("127.0.0.1:7001"));
+    }
+    EXPECT_EQ(DeviceMap::Parse("COM6 rfc2217 [fe80::2]:2217\n", QStringLiteral("/")).PortHost(6),
+              QStringLiteral("[fe80::2]:2217"));
+}
