@@ -86,10 +86,10 @@ Rfc2217Link::~Rfc2217Link() {
 bool Rfc2217Link::Start(const NetAddress& address, QString& reason) {
     gensio_os_funcs* o = GensioLoop::Instance().Funcs();
     const QString ip = address.host.contains(u':') ? QStringLiteral("ipv6,") : QString();
-    const QByteArray spec =
+    const QByteArray chain =
         QStringLiteral("telnet(rfc2217=true),tcp,%1%2,%3").arg(ip, address.host).arg(address.port).toUtf8();
     gensio* io = nullptr;
-    if (const int error = str_to_gensio(spec.constData(), o, &Rfc2217Link::OnEvent, this, &io); error != 0) {
+    if (const int error = str_to_gensio(chain.constData(), o, &Rfc2217Link::OnEvent, this, &io); error != 0) {
         reason = ErrorText(error);
         return false;
     }
