@@ -193,26 +193,10 @@ TEST(DncService, AStopKeepsWhatIsOnItsWayAndAReloadKeepsTheLinesThatDidNotChange
     EXPECT_FALSE(s.fx.OnDisk("C:\\Kestrova\\Dnc.state"));
 }
 
-// A control that sends its start right behind its request: the start is the answer's, and the
-// program after the answer is filed as usual.
-TEST(DncService, TheStartThatComesWithTheRequestStartsTheAnswer) {
-    ScriptedService s;
-    ServeMachines(s.fx, 1);
-    s.fx.Load();
-    s.Start();
-    ScriptedSerialLine* line = s.lines.at(1);
-    line->Feed("(PRG=Cover)\r\n%\x11");
-    ASSERT_TRUE(RunEventsUntil([&] { return AllIdle(*s.service); }));
-    const DncLineSetup& setup = s.service->Lines().at(1)->Setup();
-    EXPECT_EQ(line->Sent(),
-              EngineStream(s.fx, setup, "Parts", "Cover", "C:\\Jobs\\PUNCH1\\Parts\\Cover.prg"));
-    line->Feed("G01 X5\r\n%");
-    // Filed in the machine's first data directory, as "Dnc.cfg" names none.
-    EXPECT_EQ(Contents(s.fx, "C:\\Jobs\\PUNCH1\\Archive\\New Program 1.prg"), "G01 X5\r\n");
-}
-
 // A machine whose control asks in its own words: its form is the one answered, the default one is
-// filed as a program of that machine, and the other machines keep the default.
+// filed as a program of that machine (in its first data directory, as "Dnc.cfg" names none), and
+// the other machines keep the default. Each control sends its start in the same chunk as its
+// request: the start is the answer's.
 TEST(DncService, EachMachineIsAskedInTheFormItsSettingsGive) {
     ScriptedService s;
     ServeMachines(s.fx, 3);
