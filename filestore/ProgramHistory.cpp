@@ -12,15 +12,22 @@
 
 namespace kestrova {
 
-// A catalog line read back without copying: what the limits need of it. A line cut short by a
-// failed write (or changed by hand beyond reading) is no version.
+// A catalog line read back: what the limits need of it. A line cut short by a failed write (or
+// changed by hand beyond reading) is no version.
 struct HistoryCatalogEntry {
     int serial = 0;
     qint64 size = 0;
-    QByteArrayView program;
-    QByteArrayView when;
-    QByteArrayView operation;
-    QByteArrayView line;
+    QByteArray program;
+    QByteArray when;
+    QByteArray operation;
+    QByteArray line;
+};
+
+struct HistoryCatalog {
+    std::vector<HistoryCatalogEntry> entries; // oldest first
+    bool endsWithLineEnd = true;
+    bool known = false;             // read, or written whole, by this process
+    std::optional<FileStamp> stamp; // the file as it was then; nothing while there is none
 };
 
 namespace {
@@ -74,7 +81,6 @@ QString VersionFile(const QString& root, int serial, const QString& program) {
 
 std::optional<Entry> ParseEntry(QByteArrayView line) {
     Entry e;
-    e.line = line;
     qsizetype at = 0;
     const auto serial = Number(line, at);
     const auto when = QuotedField(line, at);
@@ -89,9 +95,10 @@ std::optional<Entry> ParseEntry(QByteArrayView line) {
         return std::nullopt;
     e.serial = int(*serial);
     e.size = *size;
-    e.program = *program;
-    e.when = *when;
-    e.operation = *operation;
+    e.program = program->toByteArray();
+    e.when = when->toByteArray();
+    e.operation = operation->toByteArray();
+    e.line = line.toByteArray();
     return e;
 }
 
@@ -99,9 +106,9 @@ HistoryVersion VersionOf(const Entry& e, const QString& root) {
     HistoryVersion v;
     v.serial = e.serial;
     v.size = e.size;
-    v.when = FromBytes(e.when.toByteArray());
-    v.program = FromBytes(e.program.toByteArray());
-    v.operation = FromBytes(e.operation.toByteArray());
+    v.when = FromBytes(e.when);
+    v.program = FromBytes(e.program);
+    v.operation = FromBytes(e.operation);
     v.file = VersionFile(root, v.serial, v.program);
     return v;
 }
@@ -122,13 +129,11 @@ bool ProgramHistory::Keeps(const QString& path) {
     return extension == u"prg" || extension == u"drw";
 }
 
-ProgramHistory::Catalog ProgramHistory::ReadCatalog() const {
-    Catalog catalog;
-    const QString path = CatalogPath();
-    if (!m_files.IsFile(path))
-        return catalog;
-    catalog.bytes = ReadAllBytes(m_files, path);
-    const QByteArray& bytes = catalog.bytes;
+namespace {
+
+// The catalog's lines, oldest first.
+void ParseCatalog(const QByteArray& bytes, HistoryCatalog& catalog) {
+    catalog.entries.clear();
     catalog.endsWithLineEnd = bytes.isEmpty() || bytes.endsWith('\n');
     for (qsizetype from = 0; from < bytes.size();) {
         qsizetype end = bytes.indexOf('\n', from);
@@ -138,18 +143,68 @@ ProgramHistory::Catalog ProgramHistory::ReadCatalog() const {
         if (line.endsWith('\r'))
             line.chop(1);
         if (auto entry = ParseEntry(line))
-            catalog.entries.push_back(*entry);
+            catalog.entries.push_back(std::move(*entry));
         from = end + 1;
     }
     std::stable_sort(catalog.entries.begin(), catalog.entries.end(),
                      [](const Entry& a, const Entry& b) { return a.serial < b.serial; });
+}
+
+// What this process knows of each store's catalog and limits, by the host path of the file. A
+// keeping that read the whole catalog again each time would cost as much as the catalog is long.
+QHash<QString, HistoryCatalog>& KnownCatalogs() {
+    static QHash<QString, HistoryCatalog> catalogs;
+    return catalogs;
+}
+
+QHash<QString, std::pair<FileStamp, HistoryLimits>>& KnownLimits() {
+    static QHash<QString, std::pair<FileStamp, HistoryLimits>> limits;
+    return limits;
+}
+
+// A process that works with many installations (the tests) keeps a few of them only.
+template <typename T>
+T& Known(QHash<QString, T>& known, const QString& host) {
+    constexpr qsizetype Most = 8;
+    if (known.size() >= Most && !known.contains(host))
+        known.clear();
+    return known[host];
+}
+
+} // namespace
+
+HistoryCatalog& ProgramHistory::Catalog() const {
+    const QString path = CatalogPath();
+    const auto stamp = m_files.Stamp(path);
+    HistoryCatalog& catalog = Known(KnownCatalogs(), stamp ? stamp->second : m_files.HostPath(path));
+    const std::optional<FileStamp> now = stamp ? std::optional(stamp->first) : std::nullopt;
+    if (catalog.known && catalog.stamp == now)
+        return catalog;
+    // Stamped before it is read: a change while it is read shows at the next look.
+    catalog.known = false;
+    catalog.stamp = now;
+    ParseCatalog(now ? ReadAllBytes(m_files, path) : QByteArray(), catalog);
+    catalog.known = true;
     return catalog;
+}
+
+HistoryLimits ProgramHistory::Limits() const {
+    const QString path = LimitsPath();
+    const auto stamp = m_files.Stamp(path);
+    if (!stamp)
+        return ReadHistoryLimits(m_files, path);
+    auto& [known, limits] = Known(KnownLimits(), stamp->second);
+    if (!(known == stamp->first)) {
+        limits = ReadHistoryLimits(m_files, path);
+        known = stamp->first;
+    }
+    return limits;
 }
 
 QList<HistoryVersion> ProgramHistory::Versions(const QString& program) const {
     const QByteArray full = ToBytes(m_files.FullPath(program));
     QList<HistoryVersion> found;
-    for (const Entry& e : ReadCatalog().entries) {
+    for (const Entry& e : Catalog().entries) {
         if (!SameProgram(e.program, full))
             continue;
         HistoryVersion v = VersionOf(e, m_root);
@@ -166,11 +221,11 @@ QByteArray ProgramHistory::Bytes(const HistoryVersion& version) const {
 void ProgramHistory::Keep(const QString& program, const QString& operation) {
     if (!Keeps(program) || !m_files.IsFile(program))
         return;
-    const HistoryLimits limits = ReadHistoryLimits(m_files, LimitsPath());
+    const HistoryLimits limits = Limits();
     if (limits.versions == 0)
         return;
     m_files.MakeDirectoryIfMissing(m_root.chopped(1));
-    Catalog catalog = ReadCatalog();
+    HistoryCatalog& catalog = Catalog();
     const QString full = m_files.FullPath(program);
     const QByteArray fullBytes = ToBytes(full);
     // The text kept last is not kept twice: the same program received again, say.
@@ -198,14 +253,11 @@ void ProgramHistory::Keep(const QString& program, const QString& operation) {
 
     if (!m_files.Link(version.program, version.file))
         m_files.Copy(version.program, version.file);
-    QByteArray line;
     try {
         version.size = m_files.Length(version.file);
-        line = ToBytes(CatalogLine(version));
-        Append(catalog, line);
+        Append(catalog, ToBytes(CatalogLine(version)));
         // The line first: its force takes the new name of the version along on most hosts.
-        m_files.ForceToDisk(CatalogPath());
-        m_files.ForceToDisk(version.file);
+        m_files.ForceToDisk(QStringList{CatalogPath(), version.file});
     } catch (const SystemError&) {
         try {
             m_files.Delete(version.file);
@@ -214,7 +266,6 @@ void ProgramHistory::Keep(const QString& program, const QString& operation) {
         }
         throw;
     }
-    catalog.entries.push_back(*ParseEntry(line));
     try {
         ApplyLimits(catalog, limits);
     } catch (const SystemError& error) {
@@ -222,14 +273,23 @@ void ProgramHistory::Keep(const QString& program, const QString& operation) {
     }
 }
 
-void ProgramHistory::Append(const Catalog& catalog, const QByteArray& line) {
-    TextWriter writer(m_files, CatalogPath(), TextWriter::Mode::Append);
+void ProgramHistory::Append(HistoryCatalog& catalog, const QByteArray& line) {
     // A line cut short by an earlier failure is ended, so that it spoils no other.
-    writer.WriteBytes(QByteArray(catalog.endsWithLineEnd ? "" : "\r\n") + line + "\r\n");
+    const QByteArray bytes = QByteArray(catalog.endsWithLineEnd ? "" : "\r\n") + line + "\r\n";
+    const qint64 before = catalog.stamp ? catalog.stamp->size : 0;
+    catalog.known = false; // until the line is known to be whole on the disk
+    TextWriter writer(m_files, CatalogPath(), TextWriter::Mode::Append);
+    writer.WriteBytes(bytes);
     writer.Close();
+    catalog.entries.push_back(*ParseEntry(line));
+    catalog.endsWithLineEnd = true;
+    // Only this line came since the catalog was read: what is known of it stays true.
+    const auto after = m_files.Stamp(CatalogPath());
+    catalog.stamp = after ? std::optional(after->first) : std::nullopt;
+    catalog.known = after && after->first.size == before + bytes.size();
 }
 
-void ProgramHistory::ApplyLimits(const Catalog& catalog, const HistoryLimits& limits) {
+void ProgramHistory::ApplyLimits(HistoryCatalog& catalog, const HistoryLimits& limits) {
     const Entry& kept = catalog.entries.back();
     std::vector<bool> dropped(catalog.entries.size(), false);
     int ofProgram = 0;
@@ -258,16 +318,25 @@ void ProgramHistory::ApplyLimits(const Catalog& catalog, const HistoryLimits& li
         return;
     QByteArray lines;
     QStringList files;
+    std::vector<Entry> staying;
     for (std::size_t i = 0; i <= last; ++i) {
-        if (dropped[i])
+        if (dropped[i]) {
             files << VersionOf(catalog.entries[i], m_root).file;
-        else
-            lines += catalog.entries[i].line.toByteArray() + "\r\n";
+        } else {
+            lines += catalog.entries[i].line + "\r\n";
+            staying.push_back(catalog.entries[i]);
+        }
     }
     // The lines go first: a file that cannot be deleted is no longer listed.
+    catalog.known = false; // until the catalog is known to be whole on the disk
     TextWriter writer(m_files, CatalogPath(), TextWriter::Mode::Replace);
     writer.WriteBytes(lines);
     writer.Close();
+    const auto written = m_files.Stamp(CatalogPath());
+    catalog.entries = std::move(staying);
+    catalog.endsWithLineEnd = true;
+    catalog.stamp = written ? std::optional(written->first) : std::nullopt;
+    catalog.known = written && written->first.size == lines.size();
     for (const QString& file : files)
         if (m_files.Exists(file))
             m_files.Delete(file);

@@ -20,8 +20,8 @@ struct HistoryVersion {
     QString operation; // what replaced it: "received on COM2", "renumbered", "deleted", ...
 };
 
-// A line of the catalog as read (ProgramHistory.cpp).
-struct HistoryCatalogEntry;
+// The catalog as read (ProgramHistory.cpp).
+struct HistoryCatalog;
 
 // The program history of an installation: the directory "History\" of the system directory,
 // outside every data directory, so that no listing, search, export or floppy sees it. It holds
@@ -58,16 +58,13 @@ public:
     [[nodiscard]] QString LimitsPath() const { return m_systemPath + HistoryLimitsName; }
 
 private:
-    // The catalog as read: its bytes, and each version's line parsed in place, oldest first.
-    struct Catalog {
-        QByteArray bytes;
-        std::vector<HistoryCatalogEntry> entries;
-        bool endsWithLineEnd = true;
-    };
-    [[nodiscard]] Catalog ReadCatalog() const;
-    void Append(const Catalog& catalog, const QByteArray& line);
+    // The catalog as this process knows it: read again only when the file is no longer the one
+    // it last read or wrote here (another program, the DNC service say, kept a version since).
+    [[nodiscard]] HistoryCatalog& Catalog() const;
+    [[nodiscard]] HistoryLimits Limits() const;
+    void Append(HistoryCatalog& catalog, const QByteArray& line);
     // Drops the oldest versions beyond the limits; the last entry is the one just kept.
-    void ApplyLimits(const Catalog& catalog, const HistoryLimits& limits);
+    void ApplyLimits(HistoryCatalog& catalog, const HistoryLimits& limits);
 
     FileSystem& m_files;
     QString m_systemPath;

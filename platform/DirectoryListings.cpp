@@ -60,25 +60,10 @@ bool ReadDirectoryEntries(const std::string& dir, std::vector<DirectoryListings:
 
 #ifndef _WIN32
 
-namespace {
-
-bool StampOf(const std::string& dir, auto& stamp) {
-    struct stat info {};
-    if (::stat(dir.c_str(), &info) != 0)
-        return false;
-    stamp.device = std::uint64_t(info.st_dev);
-    stamp.inode = std::uint64_t(info.st_ino);
-    stamp.seconds = std::int64_t(info.st_mtim.tv_sec);
-    stamp.nanoseconds = std::int64_t(info.st_mtim.tv_nsec);
-    return true;
-}
-
-} // namespace
-
 const std::vector<DirectoryListings::Entry>* DirectoryListings::Of(const std::string& dir) {
     const std::string key = Key(dir);
-    Stamp now;
-    if (!StampOf(key, now)) {
+    FileStamp now;
+    if (!ReadFileStamp(key, now)) {
         m_dirs.erase(key);
         return nullptr;
     }
@@ -117,7 +102,7 @@ void DirectoryListings::Changed(const fs::path& hostPath) {
         listing.entries.push_back({name, isDir});
     else if (exists)
         entry->isDirectory = isDir;
-    if (!StampOf(found->first, listing.stamp))
+    if (!ReadFileStamp(found->first, listing.stamp))
         m_dirs.erase(found);
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/FileStamp.h"
+
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -32,15 +34,8 @@ public:
     void Clear() { m_dirs.clear(); }
 
 private:
-    struct Stamp {
-        std::uint64_t device = 0;
-        std::uint64_t inode = 0;
-        std::int64_t seconds = 0;
-        std::int64_t nanoseconds = 0;
-        bool operator==(const Stamp&) const = default;
-    };
     struct Listing {
-        Stamp stamp;
+        FileStamp stamp;
         std::vector<Entry> entries;
     };
     std::unordered_map<std::string, Listing> m_dirs;

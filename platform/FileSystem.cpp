@@ -229,6 +229,14 @@ bool FileSystem::IsFile(const QString& p) const {
     return r.exists && !r.isDirectory;
 }
 
+std::optional<std::pair<FileStamp, QString>> FileSystem::Stamp(const QString& p) const {
+    const Resolved r = Resolve(p);
+    FileStamp stamp;
+    if (!r.exists || r.isDirectory || !ReadFileStamp(ToFs(r.host).string(), stamp))
+        return std::nullopt;
+    return std::pair{stamp, r.host};
+}
+
 qint64 FileSystem::Length(const QString& p) const {
     const Resolved r = Resolve(p);
     if (!r.exists || r.isDirectory)
@@ -474,13 +482,21 @@ bool FileSystem::Link(const QString& existing, const QString& newName) {
 }
 
 void FileSystem::ForceToDisk(const QString& p) {
-    const Resolved r = Resolve(p);
-    if (!r.exists)
-        ThrowMissing(r);
-    m_unsettled.Forget(ToFs(r.host).string());
-    CheckFault(FileStep::Sync, r);
+    ForceToDisk(QStringList{p});
+}
+
+void FileSystem::ForceToDisk(const QStringList& paths) {
+    std::vector<Resolved> files;
+    files.reserve(std::size_t(paths.size()));
+    for (const QString& p : paths) {
+        files.push_back(Resolve(p));
+        const Resolved& r = files.back();
+        if (!r.exists)
+            ThrowMissing(r);
+        m_unsettled.Forget(ToFs(r.host).string());
+    }
 #ifndef _WIN32
-    const auto force = [this, &r](const fs::path& host, int flags) {
+    const auto force = [this](const fs::path& host, int flags, const Resolved& r) {
         const int fd = ::open(host.c_str(), flags | O_CLOEXEC);
         if (fd < 0)
             ThrowFromErrno(errno, r);
@@ -489,8 +505,20 @@ void FileSystem::ForceToDisk(const QString& p) {
         if (error != 0)
             ThrowFromErrno(error, r);
     };
-    force(ToFs(r.host), O_RDONLY);
-    force(ToFs(r.host).parent_path(), O_RDONLY | O_DIRECTORY);
+    std::vector<fs::path> directories;
+    for (const Resolved& r : files) {
+        CheckFault(FileStep::Sync, r);
+        const fs::path host = ToFs(r.host);
+        force(host, O_RDONLY, r);
+        if (std::find(directories.begin(), directories.end(), host.parent_path()) == directories.end())
+            directories.push_back(host.parent_path());
+    }
+    // The names last: one force of a directory takes every new name in it along.
+    for (const fs::path& dir : directories)
+        force(dir, O_RDONLY | O_DIRECTORY, files.front());
+#else
+    for (const Resolved& r : files)
+        CheckFault(FileStep::Sync, r);
 #endif
 }
 

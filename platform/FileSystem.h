@@ -4,6 +4,7 @@
 #include "platform/DirectoryListings.h"
 #include "platform/DiskWrites.h"
 #include "platform/Errors.h"
+#include "platform/FileStamp.h"
 #include "platform/SystemPath.h"
 
 #include <QMap>
@@ -12,6 +13,7 @@
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <utility>
 
 namespace kestrova {
 
@@ -65,6 +67,9 @@ public:
     [[nodiscard]] bool IsDirectory(const QString& p) const;
     [[nodiscard]] bool IsFile(const QString& p) const;
     [[nodiscard]] qint64 Length(const QString& p) const; // FileNotFound when there is no such file
+    // The stamp of a file (FileStamp.h) and the host path it was taken at; nothing when the file
+    // is missing or the host keeps no such times.
+    [[nodiscard]] std::optional<std::pair<FileStamp, QString>> Stamp(const QString& p) const;
 
     // Names of the entries of a directory that match the patterns ("*.drw;*.prg"), in name
     // order ignoring case. A missing directory gives an empty list.
@@ -102,6 +107,8 @@ public:
     [[nodiscard]] bool Link(const QString& existing, const QString& newName);
     // Forces a file (its text and its name) to the disk now, whatever else waits to be forced.
     void ForceToDisk(const QString& p);
+    // The same for several files at once: each file, then each of their directories once.
+    void ForceToDisk(const QStringList& paths);
     void MakeDirectory(const QString& p);
     // The seeding of an installation's directories: makes p unless something of that name is there.
     void MakeDirectoryIfMissing(const QString& p);

@@ -183,6 +183,30 @@ TEST_F(ProgramHistoryTest, TheSizeLimitDropsOldestFirstAcrossPrograms) {
     EXPECT_EQ(Operations(Parts + "D.prg"), QStringList{"big"});
 }
 
+TEST_F(ProgramHistoryTest, WhatAnotherProgramKeptOrChangedMeanwhileCounts) {
+    // The window and the DNC service keep into one store: each sees what the other kept since.
+    const QString x = Parts + "X.prg";
+    Replace(x, "first");
+    KeepPreviousVersion(fx.session(), x, "here 1");
+    fx.Write("C:\\Kestrova\\History\\00000002.prg", "second");
+    QFile catalog(fx.Host(History().CatalogPath()));
+    ASSERT_TRUE(catalog.open(QIODevice::Append));
+    catalog.write("2,\"2026-11-25 08:00:00\",6,\"" + x.toLatin1() + "\",\"received on COM2\"\r\n");
+    catalog.close();
+    EXPECT_EQ(Operations(x), (QStringList{"received on COM2", "here 1"}));
+    Replace(x, "third");
+    KeepPreviousVersion(fx.session(), x, "here 3");
+    EXPECT_EQ(Operations(x), (QStringList{"here 3", "received on COM2", "here 1"}));
+    EXPECT_EQ(History().Bytes(Versions(x).first()), "third");
+
+    // The limits changed by hand between two keepings hold for the second.
+    fx.WriteLines("C:\\Kestrova\\History.cfg", HistoryLimitsLines({2, qint64(500) << 20}));
+    Replace(x, "fourth");
+    KeepPreviousVersion(fx.session(), x, "here 4");
+    EXPECT_EQ(Operations(x), (QStringList{"here 4", "here 3"}));
+    EXPECT_TRUE(fx.Messages().Texts().isEmpty());
+}
+
 TEST_F(ProgramHistoryTest, AStoreFailingAtAnyStepNeverStopsTheOperation) {
     const QString x = Parts + "X.prg";
     const QString version = "00000001.prg";
