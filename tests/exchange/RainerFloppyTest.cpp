@@ -168,9 +168,9 @@ TEST_F(RainerFloppy, AFullIndexRefusesEachProgramThatDoesNotFit) {
     EXPECT_EQ(fx.Read(Index), before);
 }
 
-TEST_F(RainerFloppy, ImportSkipsNamesThatCouldLeaveTheDirectoryAndCountsVanishedFiles) {
+TEST_F(RainerFloppy, ImportSkipsNamesThatCouldLeaveTheDirectoryAndVanishedFilesAreCountedAndFreed) {
     fx.Settings().RainerType = 1;
-    WriteIndex(1, {{1, ".."}, {2, "a/b"}, {3, "C:x"}, {4, "Good"}, {5, "Gone"}});
+    QByteArray index = WriteIndex(1, {{1, ".."}, {2, "a/b"}, {3, "C:x"}, {4, "Good"}, {5, "Gone"}});
     fx.Remove("A:\\P005---.PRG");
     EXPECT_EQ(Listed(), (QStringList{"..@1", "a/b@2", "C:x@3", "Good@4"}))
         << "a program without its file is not listed";
@@ -196,6 +196,15 @@ TEST_F(RainerFloppy, ImportSkipsNamesThatCouldLeaveTheDirectoryAndCountsVanished
     EXPECT_EQ(changes, (QStringList{"-c/Jobs/PUNCH1/Parts/Gone.inf", "-c/Jobs/PUNCH1/Parts/Gone.prg",
                                     "+c/Jobs/PUNCH1/Parts/Good.prg=floppy Good|",
                                     "+c/Kestrova/History/00000001.prg=old"}));
+
+    // A delete frees the slot whose program file is gone.
+    fx.Messages().Clear();
+    fx.Messages().Script({Answer::Yes});
+    EXPECT_EQ(RainerDelete(fx.session(), {{"Gone", 5}}), RainOutcome::Close);
+    EXPECT_EQ(fx.Messages().Texts(),
+              (QStringList{"Delete Program \"Gone\" From Floppy Disk ?", "1 Program Has Been Deleted"}));
+    index.replace(4 * 64, 64, FreeRecord);
+    EXPECT_EQ(fx.Read(Index), index);
 }
 
 // A name on the floppy is the name the data directory shows, and back: bytes 0x80..0x9F are
@@ -432,18 +441,6 @@ TEST_F(RainerFloppy, EachOperationChecksTheDriveOnceMoreAfterItsQuestion) {
         }
     }
     fx.Messages().WhileShowing({});
-}
-
-TEST_F(RainerFloppy, DeleteFreesASlotWhoseProgramFileIsGone) {
-    fx.Settings().RainerType = 1;
-    QByteArray expected = WriteIndex(1, {{1, "P1"}, {3, "Gone"}});
-    fx.Remove("A:\\P003---.PRG");
-    fx.Messages().Script({Answer::Yes});
-    EXPECT_EQ(RainerDelete(fx.session(), {{"Gone", 3}}), RainOutcome::Close);
-    EXPECT_EQ(fx.Messages().Texts(),
-              (QStringList{"Delete Program \"Gone\" From Floppy Disk ?", "1 Program Has Been Deleted"}));
-    expected.replace(2 * 64, 64, FreeRecord);
-    EXPECT_EQ(fx.Read(Index), expected);
 }
 
 TEST_F(RainerFloppy, FormatStopsWhenTheFloppyIsTakenOutDuringTheQuestion) {
