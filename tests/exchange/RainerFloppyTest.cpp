@@ -4,6 +4,7 @@
 #include "DirectorySnapshot.h"
 #include "FaultInjector.h"
 #include "InstallationFixture.h"
+#include "Thrown.h"
 #include "exchange/RainerIndex.h"
 #include "filestore/SelectDirectory.h"
 
@@ -371,13 +372,10 @@ TEST_F(RainerFloppy, AFaultWritingTheFloppyKeepsTheOldIndexOrTheWholeNewOne) {
         {
             FaultInjector faults(fx.Files());
             faults.Fail(c.step, QLatin1String(c.file), EIO);
-            try {
-                run(c.op);
-                ADD_FAILURE() << "the fault went unnoticed";
-            } catch (const SystemError& error) {
-                EXPECT_EQ(error.subject(), "A:\\" + QLatin1String(c.file));
-                EXPECT_TRUE(error.text().startsWith("Device I/O error")) << error.text().toStdString();
-            }
+            const auto error = Thrown<SystemError>([&] { run(c.op); });
+            ASSERT_TRUE(error) << "the fault went unnoticed";
+            EXPECT_EQ(error->subject(), "A:\\" + QLatin1String(c.file));
+            EXPECT_TRUE(error->text().startsWith("Device I/O error")) << error->text().toStdString();
             EXPECT_EQ(faults.Fired(), 1);
         }
         EXPECT_EQ(fx.Messages().BusyDepth(), 0);

@@ -2,12 +2,14 @@
 
 #include "FaultInjector.h"
 #include "InstallationFixture.h"
+#include "Thrown.h"
 
 #include <gtest/gtest.h>
 
 using namespace kestrova;
 using kestrova::testing::FaultInjector;
 using kestrova::testing::InstallationFixture;
+using kestrova::testing::ThrownText;
 
 namespace {
 
@@ -198,12 +200,10 @@ TEST_F(FileFamily, AFailedCopyKeepsTheSourceWholeAndNamesTheFile) {
         {
             FaultInjector faults(fx.Files());
             faults.Fail(c.step, c.file, c.error);
-            try {
+            error = ThrownText<SystemError>([&] {
                 (void)(c.move ? MoveFamily(fx.session(), Work, "X", SameMachine, "X", 3)
                               : CopyFamily(fx.session(), Work, "X", SameMachine, "X", 3));
-            } catch (const SystemError& e) {
-                error = e.text();
-            }
+            });
             EXPECT_EQ(faults.Fired(), 1);
         }
         EXPECT_TRUE(error.contains(c.file)) << error.toStdString();

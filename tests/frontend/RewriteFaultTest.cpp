@@ -5,6 +5,7 @@
 #include "Frontend/FrontEnd.h"
 #include "Frontend/StartUp.h"
 #include "InstallationFixture.h"
+#include "Thrown.h"
 #include "filestore/MachineSelection.h"
 #include "filestore/SelectDirectory.h"
 
@@ -17,6 +18,7 @@
 using namespace kestrova;
 using kestrova::testing::FaultInjector;
 using kestrova::testing::InstallationFixture;
+using kestrova::testing::Thrown;
 
 namespace {
 
@@ -100,13 +102,10 @@ TEST(RewriteFault, KestrovaCfgAndTheEnvironmentStayAsTheyWereAfterAFailedRewrite
             {
                 FaultInjector faults(fx.Files());
                 faults.Fail(step, QStringLiteral("Kestrova.cfg"), EIO, op.nth);
-                try {
-                    op.run(fx.session(), window);
-                    ADD_FAILURE() << "the fault went unnoticed";
-                } catch (const SystemError& e) {
-                    EXPECT_EQ(e.subject(), Cfg);
-                    EXPECT_TRUE(e.text().startsWith("Device I/O error")) << e.text().toStdString();
-                }
+                const auto error = Thrown<SystemError>([&] { op.run(fx.session(), window); });
+                ASSERT_TRUE(error) << "the fault went unnoticed";
+                EXPECT_EQ(error->subject(), Cfg);
+                EXPECT_TRUE(error->text().startsWith("Device I/O error")) << error->text().toStdString();
                 EXPECT_EQ(faults.Fired(), 1);
             }
             EXPECT_EQ(fx.Read(Cfg), before);
