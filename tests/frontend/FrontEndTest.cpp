@@ -164,16 +164,6 @@ TEST_F(FrontEndTest, DataFileEntriesOpenTheirFilesWithTheWindowHiddenAndTheMenus
     EXPECT_TRUE(window->isVisible());
 }
 
-TEST_F(FrontEndTest, RestoreDefaultsPutsBackTheFilesAndTheMenus) {
-    const QString mch = QStringLiteral("C:\\Kestrova\\Setup\\Data\\PUNCH1.mch");
-    const QByteArray before = fx.Read(mch);
-    fx.Write(mch, "changed\r\n");
-    fx.Messages().Script({Answer::Ok});
-    Trigger("RestoreDefaults");
-    EXPECT_EQ(fx.Read(mch), before);
-    EXPECT_TRUE(AllMenusEnabled());
-}
-
 TEST_F(FrontEndTest, FormEntriesOpenTheirFormsModalInsideTheMenuFrame) {
     window->SetFormLines([] { return std::make_unique<ScriptedSerialLine>(); });
     const struct {

@@ -168,4 +168,6 @@ TEST_F(RestoreDefaultsFault, EachFileIsOldOrRestoredAndOneMessageNamesTheOneThat
     EXPECT_EQ(fx.Messages().Texts().size(), 1);
     EXPECT_EQ(fx.Read(mch), delivered);
     EXPECT_EQ(fx.Read(Data + "PUNCH1.trt"), fx.Read(Data + "Default\\PUNCH1.trt"));
+    for (const QString& menu : TopLevelMenus())
+        EXPECT_TRUE(started.window->Entry(menu)->isEnabled()) << menu.toStdString();
 }
