@@ -12,7 +12,7 @@ using kestrova::testing::InstallationFixture;
 using kestrova::testing::Thrown;
 using kestrova::testing::ThrownText;
 
-TEST(LineReader, EndsALineAtCrLfLfOrCrAndReadsOnlyWhatIsAsked) {
+TEST(LineReader, EndsALineAtCrLfLfOrCrAndReadsOnlyWhatIsAskedOrNamesAMissingFile) {
     InstallationFixture fx;
     // A CR LF pair straddling the reader's 16 KB chunks must still be one line end.
     QByteArray bytes(16383, 'a');
@@ -30,6 +30,16 @@ TEST(LineReader, EndsALineAtCrLfLfOrCrAndReadsOnlyWhatIsAsked) {
     EXPECT_TRUE(reader.AtEnd());
     EXPECT_EQ(ThrownText<InputPastEndError>([&] { (void)reader.ReadLine(); }),
               QStringLiteral("Input past end of file: \"C:\\LINES.TXT\""));
+
+    // An empty file is at its end at once; a missing one is named.
+    fx.Write(QStringLiteral("C:\\empty.txt"), "");
+    LineReader empty(fx.Files(), QStringLiteral("C:\\empty.txt"));
+    EXPECT_TRUE(empty.AtEnd());
+    EXPECT_THROW((void)empty.ReadLine(), InputPastEndError);
+    const auto missing = Thrown<FileNotFoundError>(
+        [&] { LineReader(fx.Files(), QStringLiteral("C:\\Kestrova\\Missing.cfg")); });
+    ASSERT_TRUE(missing);
+    EXPECT_EQ(missing->subject(), QStringLiteral("C:\\Kestrova\\Missing.cfg"));
 }
 
 // Files of several of the reader's 16 KB chunks, with a line straddling every chunk boundary
@@ -59,18 +69,6 @@ TEST(LineReader, LinesStraddlingEveryChunkBoundaryComeBackWhole) {
             EXPECT_EQ(n, lines.size()) << "shift " << shift;
         }
     }
-}
-
-TEST(LineReader, AnEmptyFileIsAtItsEndAndAMissingOneIsNamed) {
-    InstallationFixture fx;
-    fx.Write(QStringLiteral("C:\\empty.txt"), "");
-    LineReader empty(fx.Files(), QStringLiteral("C:\\empty.txt"));
-    EXPECT_TRUE(empty.AtEnd());
-    EXPECT_THROW((void)empty.ReadLine(), InputPastEndError);
-    const auto missing = Thrown<FileNotFoundError>(
-        [&] { LineReader(fx.Files(), QStringLiteral("C:\\Kestrova\\Missing.cfg")); });
-    ASSERT_TRUE(missing);
-    EXPECT_EQ(missing->subject(), QStringLiteral("C:\\Kestrova\\Missing.cfg"));
 }
 
 TEST(TextWriter, WritesCrLfAppendsAndReplacesOnlyOnClose) {
