@@ -1,6 +1,7 @@
 #include "comms/CommSettings.h"
 
 #include "InstallationFixture.h"
+#include "Thrown.h"
 #include "settings/SettingsFile.h"
 
 #include <gtest/gtest.h>
@@ -202,13 +203,11 @@ TEST_F(CommSettingsFiles, NumbersOutOfRangeClampOrAreRefusedNamingTheLine) {
 
     fx.WriteLines(cms,
                   {"Title", "2", "9600", "E", "7", "2", "XON", "", "", "", "", "1,37", "", "", "0,999", "0"});
-    try {
-        (void)ReadBackgroundSettings(fx.Files(), QStringLiteral("C:\\Kestrova\\"));
-        ADD_FAILURE() << "code 999 taken";
-    } catch (const SystemError& e) {
-        EXPECT_EQ(e.subject(), cms);
-        EXPECT_TRUE(e.text().contains("line 15")) << e.text().toStdString();
-    }
+    const auto refused = kestrova::testing::Thrown<SystemError>(
+        [&] { (void)ReadBackgroundSettings(fx.Files(), "C:\\Kestrova\\"); });
+    ASSERT_TRUE(refused) << "code 999 taken";
+    EXPECT_EQ(refused->subject(), cms);
+    EXPECT_TRUE(refused->text().contains("line 15")) << refused->text().toStdString();
 }
 
 TEST_F(CommSettingsFiles, TheBackgroundReaderCarriesTheLastLineReadOverMissingLines) {

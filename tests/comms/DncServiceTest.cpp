@@ -5,6 +5,7 @@
 #include "comms/DncService.h"
 
 #include "DncInstallation.h"
+#include "Thrown.h"
 #include "comms/DncRequest.h"
 #include "comms/SendEngine.h"
 #include "comms/TransferLog.h"
@@ -151,12 +152,9 @@ TEST(DncService, SettingsThatCannotServeNameTheFileAndLine) {
         s.fx.Load();
         if (!c.cfg.isEmpty())
             s.fx.WriteLines(DncCfg, c.cfg);
-        try {
-            s.Start();
-            ADD_FAILURE() << "started";
-        } catch (const DncConfigError& e) {
-            EXPECT_TRUE(e.Text().startsWith(QLatin1String(c.expected))) << e.Text().toStdString();
-        }
+        const auto refused = Thrown<DncConfigError>([&] { s.Start(); });
+        ASSERT_TRUE(refused) << "started";
+        EXPECT_TRUE(refused->Text().startsWith(QLatin1String(c.expected))) << refused->Text().toStdString();
         EXPECT_TRUE(s.lines.empty()) << "no line is opened";
     }
 }

@@ -161,16 +161,28 @@ TEST_F(ReceiveFormLogicTest, NamesAreCheckedAndAnExistingProgramNeedsAYes) {
     EXPECT_EQ(fx.Settings().LastAnswer, 7);
     EXPECT_EQ(line.Opens(), 0);
 
+    // Received over the stored program: its text goes to the history as received on the port,
+    // and the transfer log tells how many lines changed.
+    const QString cover = Parts + "Cover.prg";
+    fx.Write(cover, "N1\r\nX1\r\n%");
     fx.Messages().Clear();
     fx.Messages().Script({Answer::Yes});
-    FeedWhenWaiting({"N1\nM30\n%"});
+    FeedWhenWaiting({"N1\nX2\nM30\n%"});
     EXPECT_EQ(logic.ReceiveOk_Click("Cover"), ReceiveOkOutcome::Close);
-    EXPECT_EQ(fx.Read("C:\\Jobs\\PUNCH1\\Parts\\Cover.prg"), "N1\r\nM30\r\n%");
+    EXPECT_EQ(fx.Read(cover), "N1\r\nX2\r\nM30\r\n%");
     EXPECT_FALSE(fx.OnDisk(Temp));
     EXPECT_EQ(fx.Messages().Texts().last(), "\"Cover\" Received !");
     QString directory, name;
     ASSERT_TRUE(RecallLastFile(fx.session(), directory, name, 2));
     EXPECT_EQ(directory + '/' + name, "Parts/Cover");
+    const QList<HistoryVersion> versions =
+        ProgramHistory(fx.Files(), fx.Settings().SystemPath).Versions(cover);
+    ASSERT_EQ(versions.size(), 1);
+    EXPECT_EQ(versions[0].operation, "received on COM1");
+    EXPECT_EQ(fx.Read(versions[0].file), "N1\r\nX1\r\n%");
+    EXPECT_TRUE(
+        LastTransferLogLines(fx.session(), 1).value(0).endsWith("  received (replaced, 2 lines changed)"))
+        << LastTransferLogLines(fx.session(), 1).value(0).toStdString();
 }
 
 TEST_F(ReceiveFormLogicTest, NothingReceivedAndTheDialogueControls) {
@@ -289,23 +301,3 @@ TEST_F(ReceiveFormLogicTest, AProgramThatCannotBeStoredIsKeptAndNamed) {
 }
 
 } // namespace
-
-// A program received over a stored one: the stored text goes to the history as received on the
-// port, and the transfer log tells how many lines changed.
-TEST_F(ReceiveFormLogicTest, AReceivedProgramOverAStoredOneKeepsItAndCountsTheChangedLines) {
-    const QString cover = Parts + "Cover.prg";
-    fx.Write(cover, "N1\r\nX1\r\n%");
-    fx.Messages().Script({Answer::Yes});
-    FeedWhenWaiting({"N1\nX2\nM30\n%"});
-    EXPECT_EQ(logic.ReceiveOk_Click("Cover"), ReceiveOkOutcome::Close);
-    EXPECT_EQ(fx.Read(cover), "N1\r\nX2\r\nM30\r\n%");
-    const QList<HistoryVersion> versions =
-        ProgramHistory(fx.Files(), fx.Settings().SystemPath).Versions(cover);
-    ASSERT_EQ(versions.size(), 1);
-    EXPECT_EQ(versions[0].operation, "received on COM1");
-    EXPECT_EQ(fx.Read(versions[0].file), "N1\r\nX1\r\n%");
-    EXPECT_TRUE(
-        LastTransferLogLines(fx.session(), 1).value(0).endsWith("  received (replaced, 2 lines changed)"))
-        << LastTransferLogLines(fx.session(), 1).value(0).toStdString();
-    EXPECT_EQ(fx.Messages().Texts().last(), "\"Cover\" Received !");
-}

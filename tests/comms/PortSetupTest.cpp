@@ -34,18 +34,15 @@ TEST(PortSetup, ValuesForEachKindOfTransfer) {
             << "kind " << int(row.kind) << " handshake " << row.handshakeIn;
 }
 
-TEST(PortSetup, PropertiesAreSetInTheOneOrderAndThePortOpenedLast) {
+TEST(PortSetup, PropertiesAreSetInTheOneOrderAndThePortOpenedLastAndOnce) {
     ScriptedSerialLine line;
     PreparePort(line, PortSetupFor(TransferKind::Background, 2, "9600,E,7,2", 1));
     EXPECT_EQ(line.Log(), (QStringList{"CommPort=2", "Settings=9600,E,7,2", "Handshaking=1", "DTREnable=1",
                                        "RTSEnable=1", "InBufferCount=0", "OutBufferCount=0", "RThreshold=1",
                                        "SThreshold=0", "InputLen=0", "NullDiscard=1", "PortOpen=1"}));
     EXPECT_TRUE(line.PortOpen());
-}
 
-TEST(PortSetup, AnOpenPortStaysOpenAndKeepsItsNumber) {
-    ScriptedSerialLine line;
-    PreparePort(line, PortSetupFor(TransferKind::Background, 2, "9600,E,7,2", 1));
+    // An open port stays open and keeps its number.
     line.ClearLog();
     PreparePort(line, PortSetupFor(TransferKind::GeneralReceive, 5, "4800,N,8,1", 2));
     EXPECT_EQ(line.Opens(), 1);

@@ -4,6 +4,7 @@
 #include "InstallationFixture.h"
 #include "ScriptedSerialLine.h"
 #include "TestApplication.h"
+#include "Thrown.h"
 #include "comms/ReceiveFormLogic.h"
 #include "settings/SettingsFile.h"
 
@@ -87,12 +88,9 @@ TEST_F(SendFormLogicTest, RefusalsAndFailuresNameWhatFailed) {
 
     // A settings file that is missing or short: the error names it, and the machine stays.
     fx.Remove(Data + "RAINER.cms");
-    try {
-        logic.MachineChosen(1);
-        ADD_FAILURE() << "no error";
-    } catch (const FileNotFoundError& e) {
-        EXPECT_EQ(e.subject(), Data + "RAINER.cms");
-    }
+    const auto missing = Thrown<FileNotFoundError>([&] { logic.MachineChosen(1); });
+    ASSERT_TRUE(missing);
+    EXPECT_EQ(missing->subject(), Data + "RAINER.cms");
     fx.WriteLines(Data + "LASER.cms",
                   {"Kestrova Terminal", "1", "9600", "E", "7", "2", "XON", "AUTO", "17", ""});
     EXPECT_THROW(logic.MachineChosen(2), InputPastEndError);

@@ -138,10 +138,6 @@ TEST_F(EditFormTest, TheNumberBoxesTakeDigitsOnly) {
     auto* start = Child<QLineEdit>(*form, "RenumBox1");
     QTest::keyClicks(start, QStringLiteral("-0a1 0."));
     EXPECT_EQ(start->text(), QStringLiteral("010"));
-    auto named = Open(2);
-    auto* name = Child<QLineEdit>(*named, "EditBox");
-    QTest::keyClicks(name, QStringLiteral(" ../Part:1"));
-    EXPECT_EQ(name->text(), QStringLiteral("..Part1"));
 }
 
 TEST_F(EditFormTest, TheRewritesAskFirstAndWorkOnEverySelectedProgram) {
@@ -163,6 +159,7 @@ TEST_F(EditFormTest, TheRewritesAskFirstAndWorkOnEverySelectedProgram) {
          "Renumber 2 Programs ?",
          "%\r\nN5 G00 X0 Y0\r\nN10 %\r\n"},
         {5, {"Cover"}, "0", Answer::No, "Renumber \"Cover\" ?", cover},
+        {5, {"Cover"}, "32767", Answer::No, "Renumber \"Cover\" ?", cover}, // the largest start
         {5, {"Cover"}, "", Answer::Yes, "Renumber \"Cover\" ?", "%\r\nN0 G00 X0 Y0\r\nN5 %\r\n"},
         {6, {"Cover"}, "", Answer::Yes, "Stip Line Numbers From \"Cover\" ?", "%\r\nG00 X0 Y0\r\n%\r\n"},
         {6, {"Bracket", "Cover", "X"}, "", Answer::No, "Stip Line Numbers From 3 Programs ?", cover},
@@ -274,30 +271,16 @@ TEST_F(EditFormTest, AProgramFoundBySearchIsChosenInItsDirectory) {
     EXPECT_EQ(builtIn, QStringList(QStringLiteral("C:\\Jobs\\PUNCH1\\Kestrova\\Sample.prg")));
 }
 
-TEST_F(EditFormTest, TheStartNumberIsASixteenBitNumber) {
-    // The largest start is taken and asked about; one more is an overflow, shown once, and the
-    // form stays for a better one.
-    const struct {
-        const char* start;
-        QStringList texts;
-        bool stays;
-    } cases[] = {
-        {"32767", {"Renumber \"Cover\" ?"}, false},
-        {"32768", {"Overflow (the number \"32768\")"}, true},
-    };
+TEST_F(EditFormTest, AStartNumberBeyondSixteenBitsIsAnOverflowShownOnce) {
     const QByteArray cover = fixture.Read(Parts + "Cover.prg");
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.start);
-        fixture.Messages().Clear();
-        auto form = Open(5);
-        Pick(Child<QListWidget>(*form, "EditList2"), {QStringLiteral("Cover")});
-        QTest::keyClicks(Child<QLineEdit>(*form, "RenumBox1"), QLatin1String(c.start));
-        QTest::keyClicks(Child<QLineEdit>(*form, "RenumBox2"), QStringLiteral("1"));
-        Ok(*form); // the question declined by its default
-        EXPECT_EQ(fixture.Messages().Texts(), c.texts);
-        EXPECT_EQ(form->isVisible(), c.stays);
-        EXPECT_EQ(fixture.Read(Parts + "Cover.prg"), cover);
-    }
+    auto form = Open(5);
+    Pick(Child<QListWidget>(*form, "EditList2"), {QStringLiteral("Cover")});
+    QTest::keyClicks(Child<QLineEdit>(*form, "RenumBox1"), QStringLiteral("32768"));
+    QTest::keyClicks(Child<QLineEdit>(*form, "RenumBox2"), QStringLiteral("1"));
+    Ok(*form);
+    EXPECT_EQ(fixture.Messages().Texts(), QStringList(QStringLiteral("Overflow (the number \"32768\")")));
+    EXPECT_TRUE(form->isVisible()) << "the form stays for a better one";
+    EXPECT_EQ(fixture.Read(Parts + "Cover.prg"), cover);
 }
 
 TEST_F(EditFormTest, TheViewsOpenTheRememberedProgramsReportWhenNothingIsSelected) {
@@ -323,10 +306,13 @@ TEST_F(EditFormTest, TheViewsOpenTheRememberedProgramsReportWhenNothingIsSelecte
     }
 }
 
-TEST_F(EditFormTest, ANewProgramsNameHasThirtyTwoCharactersAtMost) {
+TEST_F(EditFormTest, ANewProgramsNameTakesNameKeysOnlyAndThirtyTwoCharactersAtMost) {
     const QString longest(32, u'n');
     auto form = Open(2);
     auto* box = Child<QLineEdit>(*form, "EditBox");
+    QTest::keyClicks(box, QStringLiteral(" ../Part:1"));
+    EXPECT_EQ(box->text(), QStringLiteral("..Part1"));
+    fixture.Messages().Clear();
     // Put there other than by keys, which the box does not filter: OK refuses it.
     box->setText(longest + u'n');
     Ok(*form);

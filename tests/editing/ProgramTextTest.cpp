@@ -2,6 +2,7 @@
 
 #include "FaultInjector.h"
 #include "InstallationFixture.h"
+#include "Thrown.h"
 #include "editing/ProgramLines.h"
 
 #include <functional>
@@ -10,6 +11,8 @@
 using namespace kestrova;
 using kestrova::testing::FaultInjector;
 using kestrova::testing::InstallationFixture;
+using kestrova::testing::Thrown;
+using kestrova::testing::ThrownText;
 
 namespace {
 
@@ -147,15 +150,13 @@ TEST_F(ProgramTextTest, WholeFilesWithMixedLineEnds) {
 TEST_F(ProgramTextTest, AnOverflowInTheMiddleLeavesTheProgramAsItWas) {
     const QByteArray original("%\r\nG01 X1\r\nG01 X2\r\nG01 X3\r\n%\r\n");
     fixture.Write(program, original);
-    try {
-        RenumberProgram(fixture.session(), program, 32760, 5, 0);
-        FAIL() << "no overflow";
-    } catch (const RewriteError& error) {
-        EXPECT_EQ(error.kind(), SystemError::Kind::Overflow);
-        EXPECT_EQ(error.text(),
-                  QStringLiteral("Overflow: \"C:\\Jobs\\PUNCH1\\Parts\\Job.prg\"\n"
-                                 "The Program \"C:\\Jobs\\PUNCH1\\Parts\\Job.prg\" Is Unchanged !"));
-    }
+    const auto error =
+        Thrown<RewriteError>([&] { RenumberProgram(fixture.session(), program, 32760, 5, 0); });
+    ASSERT_TRUE(error) << "no overflow";
+    EXPECT_EQ(error->kind(), SystemError::Kind::Overflow);
+    EXPECT_EQ(error->text(),
+              QStringLiteral("Overflow: \"C:\\Jobs\\PUNCH1\\Parts\\Job.prg\"\n"
+                             "The Program \"C:\\Jobs\\PUNCH1\\Parts\\Job.prg\" Is Unchanged !"));
     EXPECT_EQ(fixture.Read(program), original);
 }
 
@@ -207,15 +208,10 @@ TEST_F(ProgramTextTest, ARewriteThatCannotFinishLosesNothing) {
                 FaultInjector faults(fixture.Files());
                 faults.Fail(c.step, c.onTemporary ? QLatin1String(r.temporary) : QStringLiteral("Job.prg"),
                             ENOSPC, 1);
-                try {
-                    r.run(fixture.session(), program);
-                    ADD_FAILURE() << "the fault did not stop the rewrite";
-                } catch (const RewriteError& error) {
-                    // One message: the reason and the file, then where the program's text is.
-                    EXPECT_TRUE(error.text().startsWith(QStringLiteral("Disk full: \"")))
-                        << error.text().toStdString();
-                    EXPECT_TRUE(error.text().contains(QLatin1String(c.where))) << error.text().toStdString();
-                }
+                // One message: the reason and the file, then where the program's text is.
+                const QString error = ThrownText<RewriteError>([&] { r.run(fixture.session(), program); });
+                EXPECT_TRUE(error.startsWith(QStringLiteral("Disk full: \""))) << error.toStdString();
+                EXPECT_TRUE(error.contains(QLatin1String(c.where))) << error.toStdString();
                 EXPECT_EQ(faults.Fired(), 1);
             }
             EXPECT_EQ(fixture.Read(program), original);

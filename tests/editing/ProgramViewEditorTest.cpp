@@ -45,7 +45,7 @@ const QByteArray Program = "%\r\n"
                            "G00 X20 Y80\r\n"
                            "M30\r\n";
 
-TEST_F(ProgramViewEditorTest, TheCursorLineHighlightsItsElement) {
+TEST_F(ProgramViewEditorTest, TheCursorLineHighlightsItsElementAndAClickOnOnePutsTheCursorOnItsLine) {
     TextEditorWindow& window = Open(Program);
     ProgramView& view = window.Drawing();
     ASSERT_EQ(view.Drawing().Count(), 4u);
@@ -63,23 +63,19 @@ TEST_F(ProgramViewEditorTest, TheCursorLineHighlightsItsElement) {
     window.GoToLine(3);
     QTest::keyClick(window.findChild<QPlainTextEdit*>(QStringLiteral("EditorText")), Qt::Key_Down);
     EXPECT_EQ(view.Highlighted(), 1u);
-}
 
-TEST_F(ProgramViewEditorTest, AClickOnAnElementPutsTheCursorOnItsLine) {
-    TextEditorWindow& window = Open(Program);
-    ProgramView& view = window.Drawing();
+    // A click on an element puts the cursor on its line.
     const DrawingTransform& t = view.Transform();
-    struct Case {
+    const struct {
         float x, y;
         QString position;
-    };
-    const Case cases[] = {
+    } clicks[] = {
         {80, 80, QStringLiteral("Ln 6, Col 1")},
         {20, 20, QStringLiteral("Ln 3, Col 1")},
         {50, 80, QStringLiteral("Ln 7, Col 1")}, // on the rapid move
         {80, 20, QStringLiteral("Ln 4, Col 1")},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : clicks) {
         SCOPED_TRACE(c.position.toStdString());
         QTest::mouseClick(&view, Qt::LeftButton, {},
                           QPoint(int(std::lround(t.ToX(c.x))), int(std::lround(t.ToY(c.y)))));

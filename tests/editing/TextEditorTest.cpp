@@ -20,7 +20,7 @@ protected:
     InstallationFixture fixture;
 };
 
-TEST_F(TextEditorTest, SavingUnchangedTextLeavesTheFileByteForByte) {
+TEST_F(TextEditorTest, UnchangedTextIsSavedByteForByteAndAnEditAsSingleByteLinesWithCrLf) {
     // Mixed line ends and high bytes: nothing of it is touched without an edit.
     const QByteArray original("Post\r\nG\xe9ometrie \x80\nlast");
     fixture.Write(file, original);
@@ -29,11 +29,7 @@ TEST_F(TextEditorTest, SavingUnchangedTextLeavesTheFileByteForByte) {
     EXPECT_FALSE(editor.Modified());
     EXPECT_TRUE(editor.Save());
     EXPECT_EQ(fixture.Read(file), original);
-}
 
-TEST_F(TextEditorTest, AnEditIsSavedAsSingleByteLinesWithCrLf) {
-    fixture.Write(file, "Feed\r\n");
-    TextEditorWindow editor(fixture.Files(), fixture.Messages(), file);
     editor.SetText(QStringLiteral("Feed : 2000\nTrailer \u20ac\n"));
     ASSERT_TRUE(editor.Modified());
     EXPECT_TRUE(editor.Save());

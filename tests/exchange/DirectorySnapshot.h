@@ -27,21 +27,6 @@ inline QString Shown(const QByteArray& bytes) {
     return QString::fromLatin1(bytes).replace(QStringLiteral("\r\n"), QStringLiteral("|"));
 }
 
-// The names whose files were added, changed or removed from one snapshot to another.
-inline QStringList ChangedNames(const QMap<QString, QByteArray>& before,
-                                const QMap<QString, QByteArray>& after) {
-    QStringList names;
-    for (auto it = after.cbegin(); it != after.cend(); ++it) {
-        if (before.value(it.key()) != it.value() || !before.contains(it.key()))
-            names << it.key();
-    }
-    for (auto it = before.cbegin(); it != before.cend(); ++it) {
-        if (!after.contains(it.key()))
-            names << it.key();
-    }
-    return names;
-}
-
 // The changes from one snapshot to another: "+name=content" added, "~name=content" changed,
 // "-name" removed, in name order.
 inline QStringList Changes(const QMap<QString, QByteArray>& before, const QMap<QString, QByteArray>& after) {

@@ -3,6 +3,7 @@
 
 #include "FaultInjector.h"
 #include "InstallationFixture.h"
+#include "Thrown.h"
 
 #include <QDir>
 #include <gtest/gtest.h>
@@ -97,16 +98,15 @@ TEST_F(LookupRewrite, AFaultAtAnyStepKeepsTheOldTableOrTheWholeNewOne) {
         {
             FaultInjector faults(fx.Files());
             faults.Fail(c.step, QLatin1String(c.file), ENOSPC);
-            try {
+            const auto error = Thrown<SystemError>([&] {
                 RewriteLookupTable(fx.Files(), "C:\\Kestrova\\", "E:\\Out\\", lines, -1,
                                    LookupEntryLine("Flange", 3));
-                ADD_FAILURE() << "the full disk went unnoticed";
-            } catch (const SystemError& error) {
-                EXPECT_TRUE(error.subject().endsWith(QLatin1String(c.file))) << error.subject().toStdString();
-                EXPECT_TRUE(error.text().startsWith("Disk full")) << error.text().toStdString();
-                if (c.temp == Temp::New && !c.tableIsNew) {
-                    EXPECT_TRUE(error.text().contains(temp)) << error.text().toStdString();
-                }
+            });
+            ASSERT_TRUE(error) << "the full disk went unnoticed";
+            EXPECT_TRUE(error->subject().endsWith(QLatin1String(c.file))) << error->subject().toStdString();
+            EXPECT_TRUE(error->text().startsWith("Disk full")) << error->text().toStdString();
+            if (c.temp == Temp::New && !c.tableIsNew) {
+                EXPECT_TRUE(error->text().contains(temp)) << error->text().toStdString();
             }
             EXPECT_EQ(faults.Fired(), 1);
         }

@@ -4,6 +4,7 @@
 #include "DirectorySnapshot.h"
 #include "FaultInjector.h"
 #include "InstallationFixture.h"
+#include "Thrown.h"
 #include "exchange/RainerIndex.h"
 #include "filestore/SelectDirectory.h"
 
@@ -168,9 +169,9 @@ TEST_F(RainerFloppy, AFullIndexRefusesEachProgramThatDoesNotFit) {
     EXPECT_EQ(fx.Read(Index), before);
 }
 
-TEST_F(RainerFloppy, ImportSkipsNamesThatCouldLeaveTheDirectoryAndCountsVanishedFiles) {
+TEST_F(RainerFloppy, ImportSkipsNamesThatCouldLeaveTheDirectoryAndVanishedFilesAreCountedAndFreed) {
     fx.Settings().RainerType = 1;
-    WriteIndex(1, {{1, ".."}, {2, "a/b"}, {3, "C:x"}, {4, "Good"}, {5, "Gone"}});
+    QByteArray index = WriteIndex(1, {{1, ".."}, {2, "a/b"}, {3, "C:x"}, {4, "Good"}, {5, "Gone"}});
     fx.Remove("A:\\P005---.PRG");
     EXPECT_EQ(Listed(), (QStringList{"..@1", "a/b@2", "C:x@3", "Good@4"}))
         << "a program without its file is not listed";
@@ -196,6 +197,15 @@ TEST_F(RainerFloppy, ImportSkipsNamesThatCouldLeaveTheDirectoryAndCountsVanished
     EXPECT_EQ(changes, (QStringList{"-c/Jobs/PUNCH1/Parts/Gone.inf", "-c/Jobs/PUNCH1/Parts/Gone.prg",
                                     "+c/Jobs/PUNCH1/Parts/Good.prg=floppy Good|",
                                     "+c/Kestrova/History/00000001.prg=old"}));
+
+    // A delete frees the slot whose program file is gone.
+    fx.Messages().Clear();
+    fx.Messages().Script({Answer::Yes});
+    EXPECT_EQ(RainerDelete(fx.session(), {{"Gone", 5}}), RainOutcome::Close);
+    EXPECT_EQ(fx.Messages().Texts(),
+              (QStringList{"Delete Program \"Gone\" From Floppy Disk ?", "1 Program Has Been Deleted"}));
+    index.replace(4 * 64, 64, FreeRecord);
+    EXPECT_EQ(fx.Read(Index), index);
 }
 
 // A name on the floppy is the name the data directory shows, and back: bytes 0x80..0x9F are
@@ -239,7 +249,7 @@ TEST_F(RainerFloppy, NothingChosenClosesImportAndDeleteButKeepsExportOpen) {
                                                 "No Programs Selected", "<beep>", "No Programs Selected"}));
 }
 
-TEST_F(RainerFloppy, AMissingFloppyIsReportedWithBothSpellings) {
+TEST_F(RainerFloppy, AMissingFloppyEmptiesTheListSilentlyAndIsToldForTheMenu) {
     fx.Remove("A:\\");
     ListModel list;
     list.Add("stale");
@@ -247,14 +257,10 @@ TEST_F(RainerFloppy, AMissingFloppyIsReportedWithBothSpellings) {
     EXPECT_EQ(list.Count(), 0);
     EXPECT_TRUE(fx.Messages().Log().isEmpty()) << "the list fails silently";
 
+    // The menu's own spelling: the operations say "Disc" (EachOperationChecksTheDriveOnceMore...).
     EXPECT_FALSE(FloppyReadyForMenu(fx.session()));
     EXPECT_EQ(fx.Messages().Log(),
               (QStringList{"<beep>", "Floppy Disk Not Ready !\n\nInsert Floppy Disk Now !", "<beep>"}));
-    fx.Messages().Clear();
-    fx.Messages().Script({Answer::Yes});
-    EXPECT_EQ(RainerDelete(fx.session(), {{"P1", 1}}), RainOutcome::Close);
-    EXPECT_EQ(fx.Messages().Log(),
-              (QStringList{"Delete Program \"P1\" From Floppy Disk ?", "<beep>", "Floppy Disc Not Ready !"}));
 }
 
 TEST_F(RainerFloppy, FormatAsksOnlyWhenThereAreProgramsAndWritesAFreshIndex) {
@@ -362,13 +368,10 @@ TEST_F(RainerFloppy, AFaultWritingTheFloppyKeepsTheOldIndexOrTheWholeNewOne) {
         {
             FaultInjector faults(fx.Files());
             faults.Fail(c.step, QLatin1String(c.file), EIO);
-            try {
-                run(c.op);
-                ADD_FAILURE() << "the fault went unnoticed";
-            } catch (const SystemError& error) {
-                EXPECT_EQ(error.subject(), "A:\\" + QLatin1String(c.file));
-                EXPECT_TRUE(error.text().startsWith("Device I/O error")) << error.text().toStdString();
-            }
+            const auto error = Thrown<SystemError>([&] { run(c.op); });
+            ASSERT_TRUE(error) << "the fault went unnoticed";
+            EXPECT_EQ(error->subject(), "A:\\" + QLatin1String(c.file));
+            EXPECT_TRUE(error->text().startsWith("Device I/O error")) << error->text().toStdString();
             EXPECT_EQ(faults.Fired(), 1);
         }
         EXPECT_EQ(fx.Messages().BusyDepth(), 0);
@@ -432,18 +435,6 @@ TEST_F(RainerFloppy, EachOperationChecksTheDriveOnceMoreAfterItsQuestion) {
         }
     }
     fx.Messages().WhileShowing({});
-}
-
-TEST_F(RainerFloppy, DeleteFreesASlotWhoseProgramFileIsGone) {
-    fx.Settings().RainerType = 1;
-    QByteArray expected = WriteIndex(1, {{1, "P1"}, {3, "Gone"}});
-    fx.Remove("A:\\P003---.PRG");
-    fx.Messages().Script({Answer::Yes});
-    EXPECT_EQ(RainerDelete(fx.session(), {{"Gone", 3}}), RainOutcome::Close);
-    EXPECT_EQ(fx.Messages().Texts(),
-              (QStringList{"Delete Program \"Gone\" From Floppy Disk ?", "1 Program Has Been Deleted"}));
-    expected.replace(2 * 64, 64, FreeRecord);
-    EXPECT_EQ(fx.Read(Index), expected);
 }
 
 TEST_F(RainerFloppy, FormatStopsWhenTheFloppyIsTakenOutDuringTheQuestion) {

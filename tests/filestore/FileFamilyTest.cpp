@@ -2,12 +2,14 @@
 
 #include "FaultInjector.h"
 #include "InstallationFixture.h"
+#include "Thrown.h"
 
 #include <gtest/gtest.h>
 
 using namespace kestrova;
 using kestrova::testing::FaultInjector;
 using kestrova::testing::InstallationFixture;
+using kestrova::testing::ThrownText;
 
 namespace {
 
@@ -198,12 +200,10 @@ TEST_F(FileFamily, AFailedCopyKeepsTheSourceWholeAndNamesTheFile) {
         {
             FaultInjector faults(fx.Files());
             faults.Fail(c.step, c.file, c.error);
-            try {
+            error = ThrownText<SystemError>([&] {
                 (void)(c.move ? MoveFamily(fx.session(), Work, "X", SameMachine, "X", 3)
                               : CopyFamily(fx.session(), Work, "X", SameMachine, "X", 3));
-            } catch (const SystemError& e) {
-                error = e.text();
-            }
+            });
             EXPECT_EQ(faults.Fired(), 1);
         }
         EXPECT_TRUE(error.contains(c.file)) << error.toStdString();
@@ -227,41 +227,18 @@ TEST_F(FileFamily, LetterCaseNeitherMovesADestinationOffTheMachineNorAMemberOffI
     };
     const QString sameInLowerCase = QStringLiteral("c:\\jobs\\punch1\\dest\\");
     const QList<Case> cases{
-        {"the destination in lower case",
-         {},
-         {},
-         Copy,
-         2,
-         sameInLowerCase,
+        // clang-format off
+        {"the destination in lower case", {}, {}, Copy, 2, sameInLowerCase,
          {"X.inf", "X.prg", "X.rpt", "X.stp"}},
-        {"a machine directory in lower case, part of a longer name",
-         {},
-         "unch",
-         Copy,
-         2,
-         SameMachine,
+        {"a machine directory in lower case, part of a longer name", {}, "unch", Copy, 2, SameMachine,
          {"X.inf", "X.prg", "X.rpt", "X.stp"}},
-        {"an upper-case set-up sheet stays with kind 2",
-         {"X.STP"},
-         {},
-         Copy,
-         2,
-         OtherMachine,
+        {"an upper-case set-up sheet stays with kind 2", {"X.STP"}, {}, Copy, 2, OtherMachine,
          {"X.inf", "X.prg", "X.rpt"}},
-        {"upper-case machine-bound members stay with kind 3",
-         {"X.STP", "X.USR", "X.SEQ"},
-         {},
-         Copy,
-         3,
-         OtherMachine,
-         {"X", "X.drw", "X.dxf", "X.inf", "X.nst", "X.prg", "X.rpt"}},
-        {"a kind 2 delete takes program members in any case",
-         {"X.PRG", "X.INF"},
-         {},
-         Delete,
-         2,
-         {},
+        {"upper-case machine-bound members stay with kind 3", {"X.STP", "X.USR", "X.SEQ"}, {}, Copy, 3,
+         OtherMachine, {"X", "X.drw", "X.dxf", "X.inf", "X.nst", "X.prg", "X.rpt"}},
+        {"a kind 2 delete takes program members in any case", {"X.PRG", "X.INF"}, {}, Delete, 2, {},
          {"X.INF", "X.PRG", "X.rpt", "X.stp"}},
+        // clang-format on
     };
     const QString ownMachine = fx.Settings().MachineDir;
     for (const Case& c : cases) {

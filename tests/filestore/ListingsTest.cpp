@@ -8,7 +8,6 @@
 
 using namespace kestrova;
 using namespace kestrova::testing;
-using kestrova::testing::InstallationFixture;
 
 class Listings : public ::testing::Test {
 protected:

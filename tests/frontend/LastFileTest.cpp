@@ -2,34 +2,28 @@
 
 #include "Frontend/Reload.h"
 #include "Frontend/StartUp.h"
-#include "InstallationFixture.h"
 #include "RecordingFrame.h"
 #include "filestore/SelectDirectory.h"
 
 #include <gtest/gtest.h>
 
 using namespace kestrova;
-using kestrova::testing::InstallationFixture;
 
 namespace {
 
 const QString LastFileLst = QStringLiteral("C:\\Kestrova\\Lastfile.lst");
 
-class LastFileTest : public ::testing::Test {
-protected:
-    void SetUp() override { fixture.Load(); }
-    InstallationFixture fixture;
-};
+using LastFileTest = kestrova::testing::FrameTest;
 
 TEST_F(LastFileTest, RememberKeepsTheTrimmedTextsButNeverADriveOrAnEmptyText) {
-    RememberLastFile(fixture.session(), QStringLiteral("  Parts "), QStringLiteral(" Bracket  "));
-    EXPECT_EQ(fixture.Read(LastFileLst), QByteArray("Parts\r\nBracket\r\n******\r\n"));
-    RememberLastFile(fixture.session(), QStringLiteral("A:"), QStringLiteral("Bracket"));
-    RememberLastFile(fixture.session(), QStringLiteral("Parts"), QStringLiteral("   "));
-    RememberLastFile(fixture.session(), QString(), QStringLiteral("Cover"));
-    EXPECT_EQ(fixture.Read(LastFileLst), QByteArray("Parts\r\nBracket\r\n******\r\n"));
-    ClearLastFile(fixture.session());
-    EXPECT_EQ(fixture.Read(LastFileLst), QByteArray("******\r\n"));
+    RememberLastFile(fx.session(), QStringLiteral("  Parts "), QStringLiteral(" Bracket  "));
+    EXPECT_EQ(fx.Read(LastFileLst), QByteArray("Parts\r\nBracket\r\n******\r\n"));
+    RememberLastFile(fx.session(), QStringLiteral("A:"), QStringLiteral("Bracket"));
+    RememberLastFile(fx.session(), QStringLiteral("Parts"), QStringLiteral("   "));
+    RememberLastFile(fx.session(), QString(), QStringLiteral("Cover"));
+    EXPECT_EQ(fx.Read(LastFileLst), QByteArray("Parts\r\nBracket\r\n******\r\n"));
+    ClearLastFile(fx.session());
+    EXPECT_EQ(fx.Read(LastFileLst), QByteArray("******\r\n"));
 }
 
 TEST_F(LastFileTest, RecallFindsAFileOfTheKindAskedOrEmptiesTheMemory) {
@@ -52,53 +46,45 @@ TEST_F(LastFileTest, RecallFindsAFileOfTheKindAskedOrEmptiesTheMemory) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.memory);
-        fixture.Remove(LastFileLst);
+        fx.Remove(LastFileLst);
         if (!row.lines.isEmpty())
-            fixture.WriteLines(LastFileLst, row.lines);
+            fx.WriteLines(LastFileLst, row.lines);
         QString directory, name;
-        EXPECT_EQ(RecallLastFile(fixture.session(), directory, name, row.kind), !row.recalled.isEmpty());
+        EXPECT_EQ(RecallLastFile(fx.session(), directory, name, row.kind), !row.recalled.isEmpty());
         EXPECT_EQ(name, row.recalled);
         if (!row.recalled.isEmpty()) {
             EXPECT_EQ(directory, QStringLiteral("Parts"));
         }
         if (row.lines.isEmpty())
-            EXPECT_FALSE(fixture.OnDisk(LastFileLst)) << "a recall does not write a memory never written";
+            EXPECT_FALSE(fx.OnDisk(LastFileLst)) << "a recall does not write a memory never written";
         else
-            EXPECT_EQ(fixture.ReadLines(LastFileLst),
-                      row.recalled.isEmpty() ? QStringList{"******"} : row.lines);
+            EXPECT_EQ(fx.ReadLines(LastFileLst), row.recalled.isEmpty() ? QStringList{"******"} : row.lines);
     }
 }
 
 TEST_F(LastFileTest, AStaleMemoryIsForgottenAtStartUp) {
-    fixture.WriteLines(LastFileLst,
-                       {QStringLiteral("Parts"), QStringLiteral("Deleted"), QStringLiteral("******")});
-    ASSERT_EQ(LoadAtStartUp(fixture.session()), 0);
-    EXPECT_EQ(fixture.ReadLines(LastFileLst), QStringList{"******"});
+    fx.WriteLines(LastFileLst,
+                  {QStringLiteral("Parts"), QStringLiteral("Deleted"), QStringLiteral("******")});
+    ASSERT_EQ(LoadAtStartUp(fx.session()), 0);
+    EXPECT_EQ(fx.ReadLines(LastFileLst), QStringList{"******"});
 }
-
-} // namespace
-
-namespace {
 
 // Another machine: what was remembered belongs to the machine before, even where the new
 // machine has a file of the same name in a directory of the same name.
 TEST_F(LastFileTest, AnotherMachineForgetsTheLastFile) {
-    fixture.Write(QStringLiteral("C:\\Jobs\\RAINER\\Parts\\Bracket.prg"), "G1\r\n");
-    kestrova::testing::RecordingFrame frame;
+    fx.Write(QStringLiteral("C:\\Jobs\\RAINER\\Parts\\Bracket.prg"), "G1\r\n");
     const auto changeTo = [&](const char* machine) {
-        RememberLastFile(fixture.session(), QStringLiteral("Parts"), QStringLiteral("Bracket"));
-        QStringList cfg = fixture.ReadLines(QStringLiteral("C:\\Kestrova\\Kestrova.cfg"));
+        RememberLastFile(fx.session(), QStringLiteral("Parts"), QStringLiteral("Bracket"));
+        QStringList cfg = fx.ReadLines(QStringLiteral("C:\\Kestrova\\Kestrova.cfg"));
         cfg[3] = QString::fromLatin1(machine);
         cfg[4] = QStringLiteral("Parts");
-        fixture.WriteLines(QStringLiteral("C:\\Kestrova\\Kestrova.cfg"), cfg);
-        ReloadAfterChange(fixture.session(), frame);
-        return fixture.ReadLines(LastFileLst);
+        fx.WriteLines(QStringLiteral("C:\\Kestrova\\Kestrova.cfg"), cfg);
+        ReloadAfterChange(fx.session(), frame);
+        return fx.ReadLines(LastFileLst);
     };
     EXPECT_EQ(changeTo("1"), (QStringList{"Parts", "Bracket", "******"})) << "the same machine keeps it";
     EXPECT_EQ(changeTo("2"), QStringList{"******"});
 }
-
-} // namespace
 
 // Names of the data directory with characters of bytes 0x80..0x9F are remembered as those bytes
 // and found again: the current directory over a reload, the last file over a recall.
@@ -115,17 +101,19 @@ TEST_F(LastFileTest, HighCharacterNamesAreRememberedAsTheirBytesAndFoundAgain) {
         {QStringLiteral("\u0160\u2122"), QStringLiteral("\u0178 \u00A0x"), "\x8A\x99", "\x9F \xA0x"},
     };
     for (const auto& c : cases) {
-        fixture.Write(QStringLiteral("C:\\Jobs\\PUNCH1\\") + c.directory + u'\\' + c.name + ".prg", "%\r\n");
-        SelectDirectory(fixture.session(), c.directory);
-        EXPECT_TRUE(fixture.Read(QStringLiteral("C:\\Kestrova\\Kestrova.cfg"))
+        fx.Write(QStringLiteral("C:\\Jobs\\PUNCH1\\") + c.directory + u'\\' + c.name + ".prg", "%\r\n");
+        SelectDirectory(fx.session(), c.directory);
+        EXPECT_TRUE(fx.Read(QStringLiteral("C:\\Kestrova\\Kestrova.cfg"))
                         .endsWith("\r\n" + c.directoryBytes + "\r\n******\r\n"));
-        fixture.Load();
-        EXPECT_EQ(fixture.Settings().CurrentDir, c.directory) << "the same directory after a reload";
-        RememberLastFile(fixture.session(), c.directory, c.name);
-        EXPECT_EQ(fixture.Read(LastFileLst), c.directoryBytes + "\r\n" + c.nameBytes + "\r\n******\r\n");
+        fx.Load();
+        EXPECT_EQ(fx.Settings().CurrentDir, c.directory) << "the same directory after a reload";
+        RememberLastFile(fx.session(), c.directory, c.name);
+        EXPECT_EQ(fx.Read(LastFileLst), c.directoryBytes + "\r\n" + c.nameBytes + "\r\n******\r\n");
         QString directory, name;
-        EXPECT_TRUE(RecallLastFile(fixture.session(), directory, name, 2));
+        EXPECT_TRUE(RecallLastFile(fx.session(), directory, name, 2));
         EXPECT_EQ(directory, c.directory);
         EXPECT_EQ(name, c.name);
     }
 }
+
+} // namespace

@@ -73,10 +73,11 @@ private:
 };
 
 TEST_F(ReceiveIntoWindow, WithAndWithoutTheHeaderAndTwoProgramsInOneWrite) {
-    Send("  G1 X10\r\n\r\nG2 Y5  \r\n", QStringLiteral("header=PUNCH1,Sheets,P100 trailer=1,37 chunk=7"));
+    // The header names another machine and a directory it does not have yet.
+    Send("  G1 X10\r\n\r\nG2 Y5  \r\n", QStringLiteral("header=RAINER,Sheets,P100 trailer=1,37 chunk=7"));
     ASSERT_TRUE(Listed(1));
     EXPECT_TRUE(FrameShown());
-    EXPECT_EQ(fx.Read(QStringLiteral("C:\\Jobs\\PUNCH1\\Sheets\\P100.prg")), "G1 X10\r\nG2 Y5\r\n");
+    EXPECT_EQ(fx.Read(QStringLiteral("C:\\Jobs\\RAINER\\Sheets\\P100.prg")), "G1 X10\r\nG2 Y5\r\n");
 
     Send("  G1 X10\r\n\r\n", QStringLiteral("trailer=1,37 chunk=3 pace=5"));
     ASSERT_TRUE(Listed(2));
@@ -89,7 +90,7 @@ TEST_F(ReceiveIntoWindow, WithAndWithoutTheHeaderAndTwoProgramsInOneWrite) {
     const QByteArray second = fx.Read(Parts + QStringLiteral("New Program 3.prg"));
     EXPECT_TRUE(second == "%B2\r\n" || second == "B2\r\n") << second.toStdString();
 
-    const QStringList expected{"P100 in Sheets" + Machine, "New Program 1 in Parts" + Machine,
+    const QStringList expected{"P100 in Sheets for Rainer Combi 1250", "New Program 1 in Parts" + Machine,
                                "New Program 2 in Parts" + Machine, "New Program 3 in Parts" + Machine};
     EXPECT_EQ(window->ReceivedPrograms(), expected);
     EXPECT_EQ(fx.ReadLines(QStringLiteral("C:\\Kestrova\\Receive.lst")), expected);

@@ -3,6 +3,7 @@
 #include "FaultInjector.h"
 #include "InstallationFixture.h"
 #include "QtPrinters.h"
+#include "Thrown.h"
 
 #include <QFile>
 #include <fcntl.h>
@@ -44,12 +45,9 @@ TEST(FileBatch, NewFilesReachTheDiskAsTheBatchEndsAndReplacementsAtOnce) {
         files.Copy(Jobs + "Source.prg", Jobs + "New.prg");
         EXPECT_EQ(faults.Seen(), 0) << "a new file waits for the end";
         EXPECT_EQ(fx.Read(Jobs + "New.prg"), "N10 G01\r\n");
-        try {
-            batch.Finish();
-            ADD_FAILURE() << "the failed force went unnoticed";
-        } catch (const SystemError& error) {
-            EXPECT_EQ(error.subject(), Jobs + "New.prg");
-        }
+        const auto error = kestrova::testing::Thrown<SystemError>([&] { batch.Finish(); });
+        ASSERT_TRUE(error) << "the failed force went unnoticed";
+        EXPECT_EQ(error->subject(), Jobs + "New.prg");
     }
     faults.Fail(FileStep::Sync, QString(), ENOSPC, 1000); // counts, never fails
     {

@@ -3,6 +3,7 @@
 #include "FaultInjector.h"
 #include "InstallationFixture.h"
 #include "QtPrinters.h"
+#include "Thrown.h"
 #include "platform/TextFile.h"
 
 #include <QDir>
@@ -16,20 +17,9 @@
 
 using namespace kestrova;
 using kestrova::testing::InstallationFixture;
+using kestrova::testing::ThrownText;
 
 namespace {
-
-template <typename Error, typename F>
-QString ErrorText(F&& f) {
-    try {
-        f();
-    } catch (const Error& e) {
-        return e.text();
-    } catch (const SystemError& e) {
-        return QStringLiteral("wrong error: ") + e.text();
-    }
-    return QStringLiteral("no error");
-}
 
 bool OnOneDevice(const QString& a, const QString& b) {
     struct stat sa {
@@ -86,13 +76,13 @@ TEST(FileSystem, ResolvesRelativePathsHostNotationAndHostPathsBack) {
     EXPECT_EQ(files.CurrentDirectory(), QStringLiteral("C:\\jobs\\punch1"))
         << "each drive keeps its own directory";
 
-    EXPECT_TRUE(ErrorText<PathNotFoundError>([&] {
+    EXPECT_TRUE(ThrownText<PathNotFoundError>([&] {
                     files.ChangeDirectory(QStringLiteral("C:\\Nowhere"));
                 }).contains(QStringLiteral("C:\\Nowhere")));
-    EXPECT_TRUE(ErrorText<DiskNotReadyError>([&] {
+    EXPECT_TRUE(ThrownText<DiskNotReadyError>([&] {
                     files.ChangeDrive(QStringLiteral("G:"));
                 }).startsWith(QStringLiteral("Disk not ready")));
-    EXPECT_TRUE(ErrorText<DeviceUnavailableError>([&] {
+    EXPECT_TRUE(ThrownText<DeviceUnavailableError>([&] {
                     files.ChangeDrive(QStringLiteral("H:"));
                 }).startsWith(QStringLiteral("Device unavailable")));
 }
@@ -164,34 +154,34 @@ TEST(FileSystem, ErrorsNameTheSystemPathAndTheReason) {
     FileSystem& files = fx.Files();
     const QString parts = QStringLiteral("C:\\Jobs\\PUNCH1\\Parts\\");
 
-    EXPECT_EQ(ErrorText<FileNotFoundError>([&] { files.Copy(parts + "Nothing.prg", parts + "Y.prg"); }),
+    EXPECT_EQ(ThrownText<FileNotFoundError>([&] { files.Copy(parts + "Nothing.prg", parts + "Y.prg"); }),
               QStringLiteral("File not found: \"C:\\Jobs\\PUNCH1\\Parts\\Nothing.prg\""));
     EXPECT_EQ(
-        ErrorText<PathNotFoundError>([&] { files.Copy(parts + "X.prg", QStringLiteral("C:\\No\\Y.prg")); }),
+        ThrownText<PathNotFoundError>([&] { files.Copy(parts + "X.prg", QStringLiteral("C:\\No\\Y.prg")); }),
         QStringLiteral("Path not found: \"C:\\No\\Y.prg\""));
-    EXPECT_EQ(ErrorText<FileNotFoundError>([&] { files.Delete(parts + "Gone.prg"); }),
+    EXPECT_EQ(ThrownText<FileNotFoundError>([&] { files.Delete(parts + "Gone.prg"); }),
               QStringLiteral("File not found: \"C:\\Jobs\\PUNCH1\\Parts\\Gone.prg\""));
-    EXPECT_TRUE(ErrorText<FileAlreadyExistsError>([&] {
+    EXPECT_TRUE(ThrownText<FileAlreadyExistsError>([&] {
                     files.Rename(parts + "X.prg", parts + "cover.PRG");
                 }).startsWith(QStringLiteral("File already exists: \"C:\\Jobs\\PUNCH1\\Parts\\cover.PRG\"")));
-    EXPECT_TRUE(ErrorText<PathFileAccessError>([&] {
+    EXPECT_TRUE(ThrownText<PathFileAccessError>([&] {
                     files.MakeDirectory(QStringLiteral("C:\\jobs\\punch1\\PARTS"));
                 }).contains(QStringLiteral("C:\\jobs\\punch1\\PARTS")));
-    EXPECT_TRUE(ErrorText<PathFileAccessError>([&] {
+    EXPECT_TRUE(ThrownText<PathFileAccessError>([&] {
                     files.RemoveDirectory(parts);
                 }).startsWith(QStringLiteral("Path/File access error")));
-    EXPECT_TRUE(ErrorText<DiskNotReadyError>([&] {
+    EXPECT_TRUE(ThrownText<DiskNotReadyError>([&] {
                     files.Copy(parts + "X.prg", QStringLiteral("G:\\X.prg"));
                 }).contains(QStringLiteral("G:\\X.prg")));
-    EXPECT_TRUE(ErrorText<DeviceUnavailableError>([&] {
+    EXPECT_TRUE(ThrownText<DeviceUnavailableError>([&] {
                     files.Delete(QStringLiteral("H:\\X.prg"));
                 }).contains(QStringLiteral("H:\\X.prg")));
 
     // A read-only program is neither replaced nor deleted.
     QFile::setPermissions(fx.Host(parts + "Cover.prg"), QFileDevice::ReadOwner);
-    EXPECT_EQ(ErrorText<PermissionDeniedError>([&] { files.Copy(parts + "X.prg", parts + "COVER.prg"); }),
+    EXPECT_EQ(ThrownText<PermissionDeniedError>([&] { files.Copy(parts + "X.prg", parts + "COVER.prg"); }),
               QStringLiteral("Permission denied: \"C:\\Jobs\\PUNCH1\\Parts\\COVER.prg\""));
-    EXPECT_TRUE(ErrorText<PermissionDeniedError>([&] {
+    EXPECT_TRUE(ThrownText<PermissionDeniedError>([&] {
                     files.Delete(parts + "Cover.prg");
                 }).startsWith("Permission"));
     EXPECT_EQ(fx.ReadLines(parts + "Cover.prg").value(1), QStringLiteral("G00 X0 Y0"));
@@ -338,16 +328,11 @@ TEST(FileSystem, AFaultAtAnyStepOfACopyOrRewriteKeepsTheOldFile) {
                 const bool onSource = step == FileStep::Read || (r.moves && step == FileStep::Sync);
                 const QString faultPath = onSource ? Source : t.path;
                 faults.Fail(step, LastName(faultPath), ENOSPC, copy && step == FileStep::Write ? 2 : 1);
-                QString subject, text;
-                try {
-                    r.run(files, t.path);
-                } catch (const SystemError& e) {
-                    subject = e.subject();
-                    text = e.text();
-                }
+                const auto error = kestrova::testing::Thrown<SystemError>([&] { r.run(files, t.path); });
                 EXPECT_EQ(faults.Fired(), 1);
-                EXPECT_EQ(subject, faultPath);
-                EXPECT_FALSE(text.contains(fx.Root())) << text.toStdString();
+                ASSERT_TRUE(error);
+                EXPECT_EQ(error->subject(), faultPath);
+                EXPECT_FALSE(error->text().contains(fx.Root())) << error->text().toStdString();
                 ExpectTarget(fx, t, oldBytes);
             }
         }

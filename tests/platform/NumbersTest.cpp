@@ -1,3 +1,4 @@
+#include "Thrown.h"
 #include "platform/Int16.h"
 
 #include <gtest/gtest.h>
@@ -22,12 +23,9 @@ TEST(Int16, NumbersAreTruncatedTowardsZero) {
     EXPECT_EQ(Int16::Truncate(-3.7), -3);
     EXPECT_EQ(Int16::Truncate(32767.99), 32767);
     EXPECT_THROW((void)Int16::Truncate(32768.0), OverflowError);
-    try {
-        (void)Int16::Truncate(1e9);
-        FAIL();
-    } catch (const SystemError& e) {
-        EXPECT_EQ(e.reason(), QStringLiteral("Overflow"));
-    }
+    const auto overflow = kestrova::testing::Thrown<SystemError>([] { (void)Int16::Truncate(1e9); });
+    ASSERT_TRUE(overflow);
+    EXPECT_EQ(overflow->reason(), QStringLiteral("Overflow"));
     EXPECT_EQ(AsNumber(true), -1);
     EXPECT_EQ(AsNumber(false), 0);
 }

@@ -1,6 +1,7 @@
 #include "platform/TextFile.h"
 
 #include "InstallationFixture.h"
+#include "Thrown.h"
 #include "platform/RecordFile.h"
 
 #include <QDir>
@@ -8,8 +9,10 @@
 
 using namespace kestrova;
 using kestrova::testing::InstallationFixture;
+using kestrova::testing::Thrown;
+using kestrova::testing::ThrownText;
 
-TEST(LineReader, EndsALineAtCrLfLfOrCrAndReadsOnlyWhatIsAsked) {
+TEST(LineReader, EndsALineAtCrLfLfOrCrAndReadsOnlyWhatIsAskedOrNamesAMissingFile) {
     InstallationFixture fx;
     // A CR LF pair straddling the reader's 16 KB chunks must still be one line end.
     QByteArray bytes(16383, 'a');
@@ -25,12 +28,18 @@ TEST(LineReader, EndsALineAtCrLfLfOrCrAndReadsOnlyWhatIsAsked) {
     const QString last = reader.ReadLine();
     EXPECT_EQ(ToBytes(last), QByteArray("e\x80\xff")) << "single-byte text comes back byte for byte";
     EXPECT_TRUE(reader.AtEnd());
-    try {
-        (void)reader.ReadLine();
-        FAIL() << "read past the end";
-    } catch (const InputPastEndError& e) {
-        EXPECT_EQ(e.text(), QStringLiteral("Input past end of file: \"C:\\LINES.TXT\""));
-    }
+    EXPECT_EQ(ThrownText<InputPastEndError>([&] { (void)reader.ReadLine(); }),
+              QStringLiteral("Input past end of file: \"C:\\LINES.TXT\""));
+
+    // An empty file is at its end at once; a missing one is named.
+    fx.Write(QStringLiteral("C:\\empty.txt"), "");
+    LineReader empty(fx.Files(), QStringLiteral("C:\\empty.txt"));
+    EXPECT_TRUE(empty.AtEnd());
+    EXPECT_THROW((void)empty.ReadLine(), InputPastEndError);
+    const auto missing = Thrown<FileNotFoundError>(
+        [&] { LineReader(fx.Files(), QStringLiteral("C:\\Kestrova\\Missing.cfg")); });
+    ASSERT_TRUE(missing);
+    EXPECT_EQ(missing->subject(), QStringLiteral("C:\\Kestrova\\Missing.cfg"));
 }
 
 // Files of several of the reader's 16 KB chunks, with a line straddling every chunk boundary
@@ -59,20 +68,6 @@ TEST(LineReader, LinesStraddlingEveryChunkBoundaryComeBackWhole) {
             }
             EXPECT_EQ(n, lines.size()) << "shift " << shift;
         }
-    }
-}
-
-TEST(LineReader, AnEmptyFileIsAtItsEndAndAMissingOneIsNamed) {
-    InstallationFixture fx;
-    fx.Write(QStringLiteral("C:\\empty.txt"), "");
-    LineReader empty(fx.Files(), QStringLiteral("C:\\empty.txt"));
-    EXPECT_TRUE(empty.AtEnd());
-    EXPECT_THROW((void)empty.ReadLine(), InputPastEndError);
-    try {
-        LineReader missing(fx.Files(), QStringLiteral("C:\\Kestrova\\Missing.cfg"));
-        FAIL();
-    } catch (const FileNotFoundError& e) {
-        EXPECT_EQ(e.subject(), QStringLiteral("C:\\Kestrova\\Missing.cfg"));
     }
 }
 

@@ -1,12 +1,14 @@
 #include "settings/MachineList.h"
 
 #include "InstallationFixture.h"
+#include "Thrown.h"
 #include "settings/ListRecordReader.h"
 
 #include <gtest/gtest.h>
 
 using namespace kestrova;
 using kestrova::testing::InstallationFixture;
+using kestrova::testing::ThrownText;
 
 namespace {
 
@@ -65,19 +67,11 @@ TEST(MachineList, EndsAtABlankItemAGarbageNumberOrTheEndOfTheFile) {
 
 TEST(MachineList, ACutOffRecordOrAnOversizedNumberNamesTheFile) {
     InstallationFixture fx;
-    try {
-        (void)ReadList(fx, "1,A,B,C,D\r\n2,E,F");
-        FAIL();
-    } catch (const InputPastEndError& e) {
-        EXPECT_EQ(e.text(), QStringLiteral("Input past end of file: \"C:\\Kestrova\\Machine.lst\""));
-    }
-    try {
-        (void)ReadList(fx, "99999,A,B,C,D\r\n");
-        FAIL();
-    } catch (const OverflowError& e) {
-        EXPECT_TRUE(e.text().startsWith(QStringLiteral("Overflow: \"C:\\Kestrova\\Machine.lst\"")))
-            << e.text().toStdString();
-    }
+    EXPECT_EQ(ThrownText<InputPastEndError>([&] { (void)ReadList(fx, "1,A,B,C,D\r\n2,E,F"); }),
+              QStringLiteral("Input past end of file: \"C:\\Kestrova\\Machine.lst\""));
+    const QString overflow = ThrownText<OverflowError>([&] { (void)ReadList(fx, "99999,A,B,C,D\r\n"); });
+    EXPECT_TRUE(overflow.startsWith(QStringLiteral("Overflow: \"C:\\Kestrova\\Machine.lst\"")))
+        << overflow.toStdString();
     EXPECT_THROW((void)ReadMachineList(fx.Files(), QStringLiteral("C:\\Kestrova\\Nothing.lst")),
                  FileNotFoundError);
 }

@@ -1,12 +1,14 @@
 #include "settings/MachineLoad.h"
 
 #include "InstallationFixture.h"
+#include "Thrown.h"
 #include "settings/MachineType.h"
 
 #include <gtest/gtest.h>
 
 using namespace kestrova;
 using kestrova::testing::InstallationFixture;
+using kestrova::testing::Thrown;
 
 namespace {
 
@@ -152,12 +154,9 @@ TEST(MachineLoad, ExportSettingsAreSeededFromTheTemplateWhenThereIsOne) {
 TEST(MachineLoad, AMissingMachineDataFileNamesItself) {
     InstallationFixture fx;
     fx.Remove(Data + "PUNCH1.mch");
-    try {
-        fx.Load();
-        FAIL();
-    } catch (const FileNotFoundError& e) {
-        EXPECT_EQ(e.subject(), QStringLiteral("C:\\Kestrova\\Setup\\Data\\PUNCH1.mch"));
-    }
+    const auto missing = Thrown<FileNotFoundError>([&] { fx.Load(); });
+    ASSERT_TRUE(missing);
+    EXPECT_EQ(missing->subject(), QStringLiteral("C:\\Kestrova\\Setup\\Data\\PUNCH1.mch"));
 }
 
 TEST(MachineLoad, WithoutTheCamPackagesOnlyTheControlTypeIsRead) {

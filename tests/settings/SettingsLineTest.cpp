@@ -1,6 +1,7 @@
 #include "settings/SettingsLine.h"
 
 #include "QtPrinters.h"
+#include "Thrown.h"
 #include "platform/Blanks.h"
 #include "settings/EditorCommand.h"
 #include "settings/SettingsFile.h"
@@ -53,13 +54,10 @@ TEST(SettingsLine, LeadingNumberReadsAsFarAsTheNumberGoes) {
 
     EXPECT_EQ(LeadingInt16(QStringLiteral("7.9")), 7);
     EXPECT_EQ(LeadingInt16(QStringLiteral("-3.9")), -3);
-    try {
-        (void)LeadingInt16(QStringLiteral("40000"));
-        FAIL();
-    } catch (const OverflowError& e) {
-        EXPECT_TRUE(e.text().startsWith(QStringLiteral("Overflow"))) << e.text().toStdString();
-        EXPECT_TRUE(e.text().contains(QStringLiteral("40000")));
-    }
+    const QString overflow =
+        kestrova::testing::ThrownText<OverflowError>([] { (void)LeadingInt16(QStringLiteral("40000")); });
+    EXPECT_TRUE(overflow.startsWith(QStringLiteral("Overflow"))) << overflow.toStdString();
+    EXPECT_TRUE(overflow.contains(QStringLiteral("40000")));
 }
 
 TEST(EditorCommand, KeepsEverythingUpToTheFirstBlank) {

@@ -47,7 +47,6 @@ void ScriptedSerialLine::SetPortOpen(bool open) {
         else
             m_sent += m_queued;
         m_queued.clear();
-        m_kernelBacklog = 0;
         m_input.clear();
     }
     m_open = open;
@@ -62,10 +61,8 @@ void ScriptedSerialLine::SetInBufferCount(int count) {
 
 void ScriptedSerialLine::SetOutBufferCount(int count) {
     m_log << QStringLiteral("OutBufferCount=%1").arg(count);
-    if (count == 0) {
+    if (count == 0)
         m_queued.clear();
-        m_kernelBacklog = 0;
-    }
 }
 
 QString ScriptedSerialLine::Input() {
@@ -141,7 +138,6 @@ void ScriptedSerialLine::HangUp() {
     m_open = false;
     m_input.clear();
     m_queued.clear();
-    m_kernelBacklog = 0;
     m_log << QStringLiteral("PortOpen=0");
     LookAtLineTimeOuts();
     Q_EMIT LineLost(DeviceIoError(PortName(CommPort()), QStringLiteral("the line hung up")).text());

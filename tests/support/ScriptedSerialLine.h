@@ -27,7 +27,7 @@ public:
     void SetInBufferCount(int count) override;
     [[nodiscard]] int OutBufferCount() const override {
         ++m_outQueries;
-        return int(m_queued.size()) + m_kernelBacklog;
+        return int(m_queued.size());
     }
     void SetOutBufferCount(int count) override;
     [[nodiscard]] QString Input() override;
@@ -62,8 +62,6 @@ public:
     void SetDevicePresent(bool present);
     // An adapter pulled out of an open line: the line hangs up and the device is gone.
     void Unplug();
-    // Characters the device itself still holds, counted in OutBufferCount until the port closes.
-    void SetKernelBacklog(int count) { m_kernelBacklog = count; }
 
     [[nodiscard]] const QByteArray& Sent() const { return m_sent; }
     [[nodiscard]] const QStringList& Log() const { return m_log; }
@@ -84,7 +82,6 @@ private:
     bool m_cts = true; // a control that is ready to take characters
     bool m_dsr = false;
     bool m_cd = false;
-    int m_kernelBacklog = 0;
     int m_opens = 0;
     mutable int m_outQueries = 0;
     bool m_present = true;
