@@ -76,6 +76,14 @@ Rfc2217Link::Rfc2217Link(QObject* parent) : NetLink(parent), m_flush(this) {
 
 Rfc2217Link::~Rfc2217Link() {
     Flush(); // what the line handed on goes before the close
+    // A connection closed with the device server's notices still unread is reset, not ended, and
+    // the device server may then throw away what it had not yet written to its port: the end of
+    // a program. One question answered first shows that it has read everything sent before it.
+    if (m_io && m_open && !m_dropped && m_blocking) {
+        int speed = 0; // asks without changing
+        gensio_time wait = After(AnswerMs);
+        (void)sergensio_baud_b_timeout(m_blocking.get(), &speed, &wait);
+    }
     Forget();
     m_blocking.reset();
     if (m_io && m_open && !m_dropped)
