@@ -164,9 +164,9 @@ void BackgroundReceive::Stop() {
     CloseLine();
 }
 
-void BackgroundReceive::KeepCutOff(const QString& reason) {
+bool BackgroundReceive::KeepCutOff(const QString& reason) {
     if (!m_receiving)
-        return;
+        return false;
     const bool keptAlready = !m_keptPath.isEmpty();
     try {
         CloseTemp();
@@ -176,12 +176,13 @@ void BackgroundReceive::KeepCutOff(const QString& reason) {
     m_pending.clear();
     if (keptAlready) {
         m_keptPath.clear();
-        return;
+        return false;
     }
     FileSystem& files = m_session.files;
     if (m_collectPath.isEmpty() || !files.IsFile(m_collectPath) || files.Length(m_collectPath) < 1)
-        return;
+        return false;
     KeepUnfiled(reason);
+    return true;
 }
 
 void BackgroundReceive::CloseLine() {
@@ -464,11 +465,7 @@ void BackgroundReceive::TellUnfiled(const QString& kept, const QString& reason, 
                       {m_setup.MachineDir.isEmpty() ? m_session.settings.MachineDir : m_setup.MachineDir,
                        m_settings.Port, LastComponent(kept), files.IsFile(kept) ? files.Length(kept) : 0,
                        QStringLiteral("failed: ") + reason});
-    QString text =
-        reason + QStringLiteral("\nThe Received Program Is Kept In \"") + kept + QStringLiteral("\" !");
-    if (!failure.isEmpty())
-        text += u'\n' + failure;
-    m_session.messages.ShowError(text);
+    m_session.messages.ShowError(KeptUnfiledText(reason, kept, failure));
 }
 
 QString BackgroundReceive::ArrivingName() const {
@@ -587,9 +584,12 @@ void BackgroundReceive::OnComm(CommEvent event) {
 
 void BackgroundReceive::OnLineLost(const QString& message) {
     // The line is closed already; the program it was bringing is incomplete and is not filed.
+    // A device server's dropped connection keeps it as an Unfiled program, told with the loss.
     // One message says all, and the receive comes back by itself with the device.
     QString text = message;
+    bool told = false;
     try {
+        told = m_line->OnDeviceServer() && KeepCutOff(message);
         CloseLine();
     } catch (const SystemError& e) {
         text += u'\n' + e.text();
@@ -597,7 +597,7 @@ void BackgroundReceive::OnLineLost(const QString& message) {
     SetState(BackgroundLineState::WaitingForDevice);
     m_line->WatchDevice(true);
     Q_EMIT LineTrouble(text);
-    if (!m_lossTold)
+    if (!m_lossTold && !told)
         m_session.messages.ShowError(text);
     m_lossTold = true;
 }

@@ -73,8 +73,10 @@ public:
     // the middle is discarded. The receive is off afterwards, and watches for nothing.
     void Stop();
     // A program cut off in the middle is kept in a file of its own, listed and logged with the
-    // reason, instead of being discarded: the DNC service ending with a program on its way.
-    void KeepCutOff(const QString& reason);
+    // reason, instead of being discarded: the DNC service ending with a program on its way, a
+    // device server dropping its connection. The reason and where the program is are told in one
+    // message; false, with nothing told, when no program was on its way.
+    bool KeepCutOff(const QString& reason);
 
     // A chunk of received characters (each byte as the screen shows it), as the port's event
     // delivers it.

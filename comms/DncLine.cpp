@@ -21,8 +21,8 @@ bool operator==(const DncLineSetup& a, const DncLineSetup& b) {
     return line(a.Receive.Line) == line(b.Receive.Line) && a.Receive.MachineDir == b.Receive.MachineDir &&
            a.Receive.MachineDescription == b.Receive.MachineDescription &&
            a.Receive.Directory == b.Receive.Directory && a.Receive.CollectName == b.Receive.CollectName &&
-           a.Receive.ListShown == b.Receive.ListShown &&
-           send(a.Send) == send(b.Send) && machine(a.Machine) == machine(b.Machine) && a.Request == b.Request;
+           a.Receive.ListShown == b.Receive.ListShown && send(a.Send) == send(b.Send) &&
+           machine(a.Machine) == machine(b.Machine) && a.Request == b.Request;
 }
 
 DncLine::DncLine(Session& session, std::unique_ptr<SerialLine> line, const DncLineSetup& setup,

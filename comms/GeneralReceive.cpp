@@ -192,7 +192,9 @@ void GeneralReceive::Run(FileSystem& files, const QString& name, const QString& 
 
     if (!files.IsFile(tempPath) || files.Length(tempPath) == 0)
         m_aborted = true;
-    if (m_aborted && files.IsFile(tempPath))
+    // A program cut off by a device server's dropped connection stays for the caller to keep.
+    const bool cutOff = !m_lostMessage.isEmpty() && m_line.OnDeviceServer();
+    if (m_aborted && !cutOff && files.IsFile(tempPath))
         files.Delete(tempPath);
 }
 

@@ -45,8 +45,9 @@ public:
     [[nodiscard]] const ReceiveSettings& Settings() const { return m_settings; }
 
     // Receives the program called name into the file at tempPath (replaced). Afterwards the file
-    // holds what arrived, or is gone and Aborted() holds when nothing usable came. Errors of the
-    // line and the file pass to the caller with the port closed and the file deleted.
+    // holds what arrived, or is gone and Aborted() holds when nothing usable came; a program cut
+    // off by a device server's dropped connection (LostMessage) is left in it, Aborted() holding.
+    // Errors of the line and the file pass to the caller with the port closed and the file deleted.
     void Run(FileSystem& files, const QString& name, const QString& tempPath);
 
     // The abort button.

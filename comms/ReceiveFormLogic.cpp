@@ -120,6 +120,13 @@ ReceiveOkOutcome ReceiveFormLogic::ReceiveOk_Click(const QString& nameText) {
                             : QStringLiteral("failed: ") + m_receive.LostMessage();
         AppendTransferLog(m_session, record);
         // A lost line has its own message, naming the port; the operator sees that one only.
+        // What a device server's dropped connection cut off is kept, told in the same message.
+        if (!m_receive.LostMessage().isEmpty() && files.IsFile(m_tempPath) && files.Length(m_tempPath) > 0) {
+            QString failure;
+            const QString kept = KeepUnfiled(files, g.ProgramPath, m_tempPath, failure);
+            messages.ShowError(KeptUnfiledText(m_receive.LostMessage(), kept, failure));
+            return ReceiveOkOutcome::Close;
+        }
         if (!m_receive.LostMessage().isEmpty())
             messages.ShowError(m_receive.LostMessage());
         else

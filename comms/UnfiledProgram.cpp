@@ -41,4 +41,12 @@ QString KeepUnfiled(FileSystem& files, const QString& directory, const QString& 
     }
 }
 
+QString KeptUnfiledText(const QString& reason, const QString& kept, const QString& failure) {
+    QString text =
+        reason + QStringLiteral("\nThe Received Program Is Kept In \"") + kept + QStringLiteral("\" !");
+    if (!failure.isEmpty())
+        text += u'\n' + failure;
+    return text;
+}
+
 } // namespace kestrova

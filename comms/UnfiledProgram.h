@@ -17,4 +17,8 @@ namespace kestrova {
 [[nodiscard]] QString KeepUnfiled(FileSystem& files, const QString& directory, const QString& from,
                                   QString& failure);
 
+// The message of a received program kept that way: why it was not filed, where it is kept and,
+// where it could not be moved out of its file, why not.
+[[nodiscard]] QString KeptUnfiledText(const QString& reason, const QString& kept, const QString& failure);
+
 } // namespace kestrova

@@ -29,6 +29,7 @@ public:
     [[nodiscard]] bool DSRHolding() const override { return m_line && m_line->DSRHolding(); }
     [[nodiscard]] bool CDHolding() const override { return m_line && m_line->CDHolding(); }
     [[nodiscard]] bool ModemLinesReported() const override { return m_line && m_line->ModemLinesReported(); }
+    [[nodiscard]] bool OnDeviceServer() const override { return m_line && m_line->OnDeviceServer(); }
     [[nodiscard]] bool OutputHeld() const override { return m_line && m_line->OutputHeld(); }
     void WatchDevice(bool on) override;
 

@@ -42,6 +42,7 @@ public:
     [[nodiscard]] bool DSRHolding() const override { return m_dsr; }
     [[nodiscard]] bool CDHolding() const override { return m_cd; }
     [[nodiscard]] bool ModemLinesReported() const override { return m_link && m_link->ModemLinesReported(); }
+    [[nodiscard]] bool OnDeviceServer() const override { return true; }
     [[nodiscard]] bool OutputHeld() const override { return m_link && m_xoff; }
     void WatchDevice(bool on) override;
 

@@ -98,6 +98,9 @@ public:
     [[nodiscard]] virtual bool CDHolding() const = 0;
     // The device tells the levels of the modem lines (a pseudo-terminal does not).
     [[nodiscard]] virtual bool ModemLinesReported() const { return true; }
+    // The port is a device server on the network, whose connection can drop in the middle of a
+    // program (switched off, an idle time-out) where a cable rarely does.
+    [[nodiscard]] virtual bool OnDeviceServer() const { return false; }
 
     // How long, in milliseconds, CTS (with RTS/CTS handshaking) or the carrier (once it has been
     // seen since the port opened) may stay low while characters wait to go out: then CtsTimeOut

@@ -119,11 +119,20 @@ protected:
         player = std::make_unique<QObject>();
         received.clear();
     }
-    // One message, naming the port and its device server.
-    void ExpectToldOnce(int com) {
+    // Where the receives keep a program that was cut off.
+    QString Kept() { return fx.Settings().ProgramPath + "Unfiled 1.prg"; }
+    // One message, naming the port and its device server, and where a program that was cut off
+    // is kept when one was.
+    void ExpectToldOnce(int com, const QString& keptIn = {}) {
         ASSERT_EQ(fx.Messages().Texts().size(), 1) << fx.Messages().Texts().join(u'\n').toStdString();
-        EXPECT_TRUE(fx.Messages().Texts().first().contains(QStringLiteral("\"COM%1\"").arg(com)));
-        EXPECT_TRUE(fx.Messages().Texts().first().contains(Host(com)));
+        const QString text = fx.Messages().Texts().first();
+        EXPECT_TRUE(text.contains(QStringLiteral("\"COM%1\"").arg(com)));
+        EXPECT_TRUE(text.contains(Host(com)));
+        if (keptIn.isEmpty())
+            EXPECT_FALSE(text.contains("Kept In")) << text.toStdString();
+        else
+            EXPECT_TRUE(text.endsWith("\nThe Received Program Is Kept In \"" + keptIn + "\" !"))
+                << text.toStdString();
         fx.Messages().Clear();
     }
 
@@ -229,9 +238,10 @@ TEST_F(NetLinePty, TheBackgroundReceiveFilesThroughADeviceServerAndComesBackAfte
         ASSERT_TRUE(RunEventsUntil(
             [&] { return receive.LineState() == BackgroundLineState::WaitingForDevice; }, 3000));
         RunEventsUntil([] { return false; }, 1500); // tries to connect meanwhile are not told
-        ExpectToldOnce(com);
+        ExpectToldOnce(com, Kept());
         EXPECT_FALSE(fx.OnDisk(Parts + "P200.prg"));
         EXPECT_FALSE(fx.OnDisk(receive.TempPath()));
+        EXPECT_EQ(fx.Read(Kept()), "\x17PUNCH1\r\n\x18Parts\r\n\x19P200\r\nG1 X");
 
         server->Start();
         QElapsedTimer back;
@@ -247,6 +257,7 @@ TEST_F(NetLinePty, TheBackgroundReceiveFilesThroughADeviceServerAndComesBackAfte
         receive.Stop();
         fx.Remove(Parts + "P100.prg");
         fx.Remove(Parts + "P300.prg");
+        fx.Remove(Kept());
         RunEventsUntil([] { return false; }, 300); // ser2net lets the device go
     }
 }
@@ -313,7 +324,8 @@ TEST_F(NetLinePty, ADeviceServerSwitchedOffDuringASendOrAReceiveIsToldOnceAndThe
         EXPECT_TRUE(fx.Messages().Texts().isEmpty());
         StopPlaying();
 
-        // Switched off while the receive form takes a program: nothing is stored as the program.
+        // Switched off while the receive form takes a program: nothing is stored as the program,
+        // what came is kept.
         fx.Settings().ReceiveOperation = 2;
         GeneralReceive receive(line);
         ReceiveFormLogic logic(fx.session(), receive);
@@ -330,9 +342,10 @@ TEST_F(NetLinePty, ADeviceServerSwitchedOffDuringASendOrAReceiveIsToldOnceAndThe
         EXPECT_EQ(logic.ReceiveOk_Click("P1"), ReceiveOkOutcome::Close);
         RunEventsUntil([] { return false; }, 300);
         EXPECT_FALSE(line.PortOpen());
-        ExpectToldOnce(com);
+        ExpectToldOnce(com, Kept());
         EXPECT_FALSE(fx.OnDisk(Parts + "P1.prg"));
         EXPECT_FALSE(fx.OnDisk(logic.TempPath()));
+        EXPECT_EQ(fx.Read(Kept()), "G1\r\nG2");
         StopPlaying();
 
         server->Start();
@@ -347,6 +360,7 @@ TEST_F(NetLinePty, ADeviceServerSwitchedOffDuringASendOrAReceiveIsToldOnceAndThe
         EXPECT_EQ(fx.Messages().Texts(), QStringList{"\"P1\" Received !"});
         StopPlaying();
         fx.Remove(Parts + "P1.prg");
+        fx.Remove(Kept());
         RunEventsUntil([] { return false; }, 300); // ser2net lets the device go
     }
 }
@@ -379,14 +393,16 @@ TEST_F(NetLinePty, TheDncServiceServesADeviceServerThatIsOffAtFirstAndConnectsAg
         EXPECT_EQ(fx.Read(filed), "G1 X10\r\n");
         EXPECT_TRUE(LastTransferLogLines(fx.session(), 1).value(0).contains("COM5 at " + Host(TcpCom)));
 
-        // Gone in the middle of the next program: told once, nothing filed.
+        // Gone in the middle of the next program: told once, nothing filed, what came kept.
         control->Write("\x17PUNCH1\r\n\x18Parts\r\n\x19P999\r\nG1 X");
         RunEventsUntil([] { return false; }, 200);
         server->Stop();
         ASSERT_TRUE(RunEventsUntil([&] { return served.State() == DncLineState::WaitingForDevice; }, 3000));
         RunEventsUntil([] { return false; }, 1500); // tries to connect meanwhile are not told
-        ExpectToldOnce(TcpCom);
+        ExpectToldOnce(TcpCom, Kept());
         EXPECT_FALSE(fx.OnDisk(Parts + "P999.prg"));
+        EXPECT_EQ(fx.Read(Kept()), "\x17PUNCH1\r\n\x18Parts\r\n\x19P999\r\nG1 X");
+        fx.Remove(Kept());
     }
     service.Stop();
 }
