@@ -3,6 +3,7 @@
 #include "Frontend/FrontEnd.h"
 #include "editing/forms/EditForm.h"
 #include "editing/forms/HistoryForm.h"
+#include "filestore/LastFile.h"
 
 namespace kestrova {
 
@@ -19,7 +20,8 @@ void FrontEnd::OpenEditForm(int operation) {
 
 void FrontEnd::OpenHistoryForm() {
     InFrame([&] {
-        HistoryForm form(m_session, {}, this);
+        // The file worked with last is the one whose history is most likely wanted.
+        HistoryForm form(m_session, LastFileHere(m_session), this);
         form.exec();
     });
 }

@@ -73,4 +73,17 @@ bool RecallLastFile(Session& session, QString& directory, QString& name, int kin
     return found;
 }
 
+QString LastFileHere(Session& session) {
+    const GlobalSettings& g = session.settings;
+    QString directory;
+    QString name;
+    if (!RecallLastFile(session, directory, name, 3) ||
+        directory.compare(g.CurrentDir, Qt::CaseInsensitive) != 0)
+        return {};
+    for (const char* extension : {".prg", ".drw"})
+        if (session.files.IsFile(g.CurrentPath + name + extension))
+            return name + QLatin1String(extension);
+    return {};
+}
+
 } // namespace kestrova

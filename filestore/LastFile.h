@@ -22,4 +22,9 @@ void RememberLastFile(Session& session, const QString& directory, const QString&
 // result is false. A memory never written counts as empty.
 [[nodiscard]] bool RecallLastFile(Session& session, QString& directory, QString& name, int kind);
 
+// The remembered file as a file of the current data directory, with its extension: the program
+// ("X.prg") where there is one, else the drawing ("X.drw"). Empty when the memory holds none
+// there.
+[[nodiscard]] QString LastFileHere(Session& session);
+
 } // namespace kestrova

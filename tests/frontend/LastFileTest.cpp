@@ -62,6 +62,26 @@ TEST_F(LastFileTest, RecallFindsAFileOfTheKindAskedOrEmptiesTheMemory) {
     }
 }
 
+TEST_F(LastFileTest, TheFileHereIsTheRememberedProgramOrDrawingOfTheCurrentDirectoryOnly) {
+    SelectDirectory(fx.session(), QStringLiteral("Parts"));
+    const struct {
+        QStringList lines;
+        QString here;
+    } rows[] = {
+        {{"parts", "bracket", "******"}, "bracket.prg"}, // a program and a drawing: the program
+        {{"Parts", "Drawing", "******"}, "Drawing.drw"},
+        {{"Sheets", "Bracket", "******"}, ""}, // another data directory
+        {{"******"}, ""},
+    };
+    fx.Write("C:\\Jobs\\PUNCH1\\Parts\\Drawing.drw", "drawing");
+    fx.Write("C:\\Jobs\\PUNCH1\\Sheets\\Bracket.prg", "%");
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.lines.join(u',').toStdString());
+        fx.WriteLines(LastFileLst, row.lines);
+        EXPECT_EQ(LastFileHere(fx.session()), row.here);
+    }
+}
+
 TEST_F(LastFileTest, AStaleMemoryIsForgottenAtStartUp) {
     fx.WriteLines(LastFileLst,
                   {QStringLiteral("Parts"), QStringLiteral("Deleted"), QStringLiteral("******")});
