@@ -19,6 +19,8 @@ constexpr qsizetype PendingLimit = 4096;
 constexpr int CloseMs = 1000;
 // How long the device server may take to answer each setting.
 constexpr int AnswerMs = 2000;
+// How long a closing line gives the device server to write out what it took.
+constexpr int SettleMs = 100;
 // How long an opening that the device server turned away waits before it asks again.
 constexpr int RetryPauseMs = 100;
 
@@ -76,13 +78,15 @@ Rfc2217Link::Rfc2217Link(QObject* parent) : NetLink(parent), m_flush(this) {
 
 Rfc2217Link::~Rfc2217Link() {
     Flush(); // what the line handed on goes before the close
-    // A connection closed with the device server's notices still unread is reset, not ended, and
-    // the device server may then throw away what it had not yet written to its port: the end of
-    // a program. One question answered first shows that it has read everything sent before it.
-    if (m_io && m_open && !m_dropped && m_blocking) {
-        int speed = 0; // asks without changing
-        gensio_time wait = After(AnswerMs);
-        (void)sergensio_baud_b_timeout(m_blocking.get(), &speed, &wait);
+    // A device server may throw away what it has not yet written to its port when the connection
+    // ends, and one closed with its notices still unread is reset rather than ended: the end of a
+    // program would be lost. The device server is given a moment, its notices read meanwhile,
+    // before the close. (A question would wait behind a modem-line level it never answers.)
+    if (m_io && m_open && !m_dropped) {
+        gensio_os_funcs* o = GensioLoop::Instance().Funcs();
+        const Waiter waiter(o);
+        gensio_time settle = After(SettleMs);
+        (void)gensio_os_funcs_wait(o, waiter.get(), 1, &settle);
     }
     Forget();
     m_blocking.reset();
