@@ -4,6 +4,7 @@
 // remembers recently deleted files for a while, a run after many deletes is slower whoever
 // makes it.
 #include "InstallationFixture.h"
+#include "ManyPrograms.h"
 #include "Ratios.h"
 #include "exchange/ExportOk.h"
 #include "exchange/RainerFloppy.h"
@@ -19,34 +20,20 @@ using kestrova::testing::InstallationFixture;
 
 namespace {
 
-// One installation for the whole run: 1,000 programs of about 4 KB in the data directory "Many".
+// The thousand programs, Rainer floppies of the first kind.
 InstallationFixture& Installation() {
-    static InstallationFixture* fx = [] {
-        auto* f = new InstallationFixture;
-        f->Load();
-        QByteArray text = "%\r\nO1000 (PART)\r\n";
-        for (int n = 10; text.size() < 4000; n += 10)
-            text += "N" + QByteArray::number(n) + " G01 X" + QByteArray::number(n * 3) + ". Y125.5\r\n";
-        for (int i = 1; i <= 1000; ++i)
-            f->Write(QStringLiteral("C:\\Jobs\\PUNCH1\\Many\\PART%1.prg").arg(i, 4, 10, QChar(u'0')), text);
-        f->Settings().RainerType = 1;
-        return f;
-    }();
-    return *fx;
+    InstallationFixture& fx = kestrova::bench::ManyPrograms();
+    fx.Settings().RainerType = 1;
+    return fx;
 }
 
-QStringList Programs(int count) {
-    QStringList names;
-    for (int i = 1; i <= count; ++i)
-        names << QStringLiteral("PART%1").arg(i, 4, 10, QChar(u'0'));
-    return names;
-}
+using kestrova::bench::ManyProgramNames;
 
 // "cp" of the programs' files into a directory, as one command.
 std::vector<std::string> CopyCommand(int count, const QString& hostTarget) {
     InstallationFixture& fx = Installation();
     std::vector<std::string> args{"cp"};
-    for (const QString& name : Programs(count))
+    for (const QString& name : ManyProgramNames(count))
         args.push_back(fx.Host(QStringLiteral("C:\\Jobs\\PUNCH1\\Many\\") + name + QStringLiteral(".prg"))
                            .toStdString());
     args.push_back(hostTarget.toStdString());
@@ -93,7 +80,7 @@ void Export1000Normal(benchmark::State& state) {
     InstallationFixture& fx = Installation();
     const QString target = fx.Host(QStringLiteral("E:\\Bench"));
     ExportRequest request;
-    request.selected = Programs(1000);
+    request.selected = ManyProgramNames(1000);
     request.target = QStringLiteral("E:\\Bench\\");
     request.mode = 2;
     request.extension = QStringLiteral("prg");
@@ -120,7 +107,7 @@ BENCHMARK(BaselineCp300)->Unit(benchmark::kMillisecond)->Iterations(5)->Repetiti
 void Export300ToFloppy(benchmark::State& state) {
     InstallationFixture& fx = Installation();
     const QString floppy = fx.Host(QStringLiteral("A:\\"));
-    const QStringList programs = Programs(300);
+    const QStringList programs = ManyProgramNames(300);
     for (auto _ : state) {
         state.PauseTiming();
         Empty(floppy);

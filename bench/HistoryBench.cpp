@@ -4,6 +4,7 @@
 // differ in 1 % of their lines: its time, and the memory it takes at its peak, against the host's
 // "diff" of the same two files as a baseline.
 #include "InstallationFixture.h"
+#include "ManyPrograms.h"
 #include "Ratios.h"
 #include "editing/ProgramDiff.h"
 #include "exchange/ExportOk.h"
@@ -23,28 +24,6 @@ namespace {
 const QString Target = QStringLiteral("E:\\Bench");
 const QString LimitsFile = QStringLiteral("C:\\Kestrova\\History.cfg");
 
-// One installation for the whole run: 1,000 programs of about 4 KB in the data directory "Many".
-InstallationFixture& Installation() {
-    static InstallationFixture* fx = [] {
-        auto* f = new InstallationFixture;
-        f->Load();
-        QByteArray text = "%\r\nO1000 (PART)\r\n";
-        for (int n = 10; text.size() < 4000; n += 10)
-            text += "N" + QByteArray::number(n) + " G01 X" + QByteArray::number(n * 3) + ". Y125.5\r\n";
-        for (int i = 1; i <= 1000; ++i)
-            f->Write(QStringLiteral("C:\\Jobs\\PUNCH1\\Many\\PART%1.prg").arg(i, 4, 10, QChar(u'0')), text);
-        return f;
-    }();
-    return *fx;
-}
-
-QStringList Programs() {
-    QStringList names;
-    for (int i = 1; i <= 1000; ++i)
-        names << QStringLiteral("PART%1").arg(i, 4, 10, QChar(u'0'));
-    return names;
-}
-
 // The target holding an older text of every program, the history empty. Old directories are
 // moved aside, not deleted, so that no run pays for the deletes of the one before it.
 void ExistingSet(InstallationFixture& fx) {
@@ -56,7 +35,7 @@ void ExistingSet(InstallationFixture& fx) {
             QDir().rename(host, QStringLiteral("%1-old-%2").arg(host).arg(moved));
     }
     QDir().mkpath(fx.Host(Target));
-    for (const QString& name : Programs())
+    for (const QString& name : kestrova::bench::ManyProgramNames())
         fx.Write(Target + u'\\' + name + QStringLiteral(".prg"),
                  "%\r\nO1000 (OLD)\r\nN10 G00 X0 Y0\r\nM30\r\n");
     // The old texts on the disk, as they would be after a day's work.
@@ -64,10 +43,10 @@ void ExistingSet(InstallationFixture& fx) {
 }
 
 void ExportOver(benchmark::State& state, bool history) {
-    InstallationFixture& fx = Installation();
+    InstallationFixture& fx = kestrova::bench::ManyPrograms();
     fx.WriteLines(LimitsFile, HistoryLimitsLines({history ? 20 : 0, qint64(500) << 20}));
     ExportRequest request;
-    request.selected = Programs();
+    request.selected = kestrova::bench::ManyProgramNames();
     request.target = Target + u'\\';
     request.mode = 2;
     request.extension = QStringLiteral("prg");
@@ -137,7 +116,7 @@ void Compare100000Lines(benchmark::State& state) {
 
 void BaselineHostDiff(benchmark::State& state) {
     const auto& [older, newer] = LargePair();
-    InstallationFixture& fx = Installation();
+    InstallationFixture& fx = kestrova::bench::ManyPrograms();
     fx.Write("C:\\Bench\\older.prg", older);
     fx.Write("C:\\Bench\\newer.prg", newer);
     const std::vector<std::string> command{"diff", fx.Host("C:\\Bench\\older.prg").toStdString(),
